@@ -1,0 +1,3 @@
+#include "hyncustomexception.h"
+
+HynCustomException::~HynCustomException() = default;
