@@ -7,7 +7,7 @@ packages=(
   qtbase5-dev libqt5sql5-sqlite libqt5sql5-odbc
   unixodbc unixodbc-dev libsqliteodbc sqlite3
   libbenchmark-dev libmuparser-dev libmuparserx-dev
-  clang-14 libclang-rt-14-dev clang-format-14
+  clang-14 libclang-rt-14-dev clang-format-14 python3
 )
 
 missing=()
