@@ -4,18 +4,18 @@
 
 #include <sefdebugoutput.h>
 
-#include <QMutex>
 #include <QSqlDriver>
 #include <QSqlQuery>
+#include <mutex>
 
 namespace {
 
 const char accessConnectionTemplate[]
     = "DRIVER={Microsoft Access Driver (*.mdb, *.accdb)};FIL={MS Access};dbq=%1";
 
-QMutex &templateMutex()
+std::mutex &templateMutex()
 {
-    static QMutex mutex;
+    static std::mutex mutex;
     return mutex;
 }
 
@@ -172,14 +172,14 @@ TovSqlDBSession::~TovSqlDBSession()
 
 void TovSqlDBSession::setOdbcConnectionTemplate(const QString &connectionTemplate)
 {
-    QMutexLocker lock(&templateMutex());
+    std::lock_guard<std::mutex> lock(templateMutex());
     templateOverride() = connectionTemplate;
 }
 
 QString TovSqlDBSession::odbcConnectionTemplate()
 {
     {
-        QMutexLocker lock(&templateMutex());
+        std::lock_guard<std::mutex> lock(templateMutex());
         if (!templateOverride().isEmpty())
             return templateOverride();
     }

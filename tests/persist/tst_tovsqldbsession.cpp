@@ -3,10 +3,10 @@
 #include <tovsqldbsession.h>
 #include <tovtestutil.h>
 
-#include <QMutex>
 #include <QSqlQuery>
 #include <QSqlRecord>
 #include <QtTest>
+#include <mutex>
 
 #include <thread>
 
@@ -716,13 +716,13 @@ void TestTovSqlDBSession::usedFromSeveralThreadsUnderALock()
     TOV_FETCH_DRIVER();
     auto session = openItems(type);
     QVERIFY(session);
-    QMutex mutex;
+    std::mutex mutex;
     std::vector<std::thread> writers;
     std::atomic<int> failures { 0 };
     for (int t = 0; t < 4; ++t) {
         writers.emplace_back([&, t] {
             for (int i = 0; i < 50; ++i) {
-                QMutexLocker lock(&mutex);
+                std::lock_guard<std::mutex> lock(mutex);
                 QSqlQuery query(session->database());
                 if (!session->insertData(query, QStringLiteral("Items"), { QStringLiteral("Code") },
                         { QStringLiteral("%1-%2").arg(t).arg(i) }))
