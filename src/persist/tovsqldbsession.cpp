@@ -76,7 +76,9 @@ bool TovSqlDBSessionPrivate::exec(
         }
         return true;
     }
-    if (query.lastQuery() != sql && !query.prepare(sql)) {
+    // A query whose last prepare or execution failed is prepared again: a failed prepare leaves
+    // the text behind without a statement.
+    if ((query.lastQuery() != sql || query.lastError().isValid()) && !query.prepare(sql)) {
         fail(query.lastError());
         return false;
     }

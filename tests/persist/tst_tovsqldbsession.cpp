@@ -37,6 +37,8 @@ private slots:
     void updateSaveDelete();
     void preparedStatementReused_data();
     void preparedStatementReused();
+    void failedPrepareIsRetried_data();
+    void failedPrepareIsRetried();
     void unpreparedSkipsBinder_data();
     void unpreparedSkipsBinder();
     void failures_data();
@@ -428,6 +430,29 @@ void TestTovSqlDBSession::preparedStatementReused()
     QCOMPARE(query.lastQuery(), update);
     QCOMPARE(countRows(*session), 3);
     QCOMPARE(countRows(*session, QStringLiteral(" WHERE Code = 'c3'")), 0);
+}
+
+void TestTovSqlDBSession::failedPrepareIsRetried_data()
+{
+    QTest::addColumn<int>("type");
+    addDriverRows("table created after the first attempt");
+}
+
+void TestTovSqlDBSession::failedPrepareIsRetried()
+{
+    TOV_FETCH_DRIVER();
+    auto session = openItems(type);
+    QVERIFY(session);
+    QSqlQuery query(session->database());
+    DebugCapture capture;
+    QVERIFY(!session->insertData(query, QStringLiteral("Later"), { QStringLiteral("a") }, { 1 }));
+    QCOMPARE(capture.lines().size(), 1);
+    QSqlQuery other(session->database());
+    TOV_EXEC(*session, other, QStringLiteral("CREATE TABLE Later (a INTEGER)"));
+    QVERIFY2(session->insertData(query, QStringLiteral("Later"), { QStringLiteral("a") }, { 1 }),
+        qPrintable(session->lastError().text()));
+    QVERIFY(session->execSQL(other, QStringLiteral("SELECT a FROM Later")) && other.next());
+    QCOMPARE(other.value(0).toInt(), 1);
 }
 
 void TestTovSqlDBSession::unpreparedSkipsBinder_data()
