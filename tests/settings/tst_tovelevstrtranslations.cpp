@@ -5,9 +5,6 @@
 
 #include <QtTest>
 
-#include <thread>
-#include <vector>
-
 namespace {
 
 // Shows stored elevations as "+<text> m" and stores displayed ones back without the decoration;
@@ -70,7 +67,6 @@ private slots:
     void byIdentifiers();
     void byObjectAndProperty();
     void propertyReleasedOnReturn();
-    void instanceSharedAcrossThreads();
     void cleanupTestCase();
 
 private:
@@ -140,18 +136,6 @@ void TestTovElevStrTranslations::propertyReleasedOnReturn()
     std::weak_ptr<Property> watch = property;
     TovElevStrTranslations::instance()->unTrElevString(std::move(property), QStringLiteral("1"));
     QVERIFY(watch.expired());
-}
-
-void TestTovElevStrTranslations::instanceSharedAcrossThreads()
-{
-    std::vector<TovElevStrTranslations *> seen(8, nullptr);
-    std::vector<std::thread> threads;
-    for (size_t i = 0; i < seen.size(); ++i)
-        threads.emplace_back([&seen, i] { seen[i] = TovElevStrTranslations::instance(); });
-    for (std::thread &t : threads)
-        t.join();
-    for (TovElevStrTranslations *p : seen)
-        QCOMPARE(p, TovElevStrTranslations::instance());
 }
 
 void TestTovElevStrTranslations::cleanupTestCase()
