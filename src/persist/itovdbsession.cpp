@@ -1,0 +1,3 @@
+#include "itovdbsession.h"
+
+ITovDBSession::~ITovDBSession() = default;

@@ -1,0 +1,3 @@
+#include "itovsqliterecord.h"
+
+ITovSqliteRecord::~ITovSqliteRecord() = default;
