@@ -43,7 +43,7 @@ struct LogRow
     int depth = 0;
 };
 
-const char *const levelNames[] = {"debug", "info", "warning", "error"};
+const char *const levelNames[] = { "debug", "info", "warning", "error" };
 
 QString levelName(int level)
 {
@@ -69,12 +69,12 @@ bool readRows(const QString &fileName, QVector<LogRow> &rows, QString &error)
             return false;
         }
         const QSqlRecord record = query.record();
-        const int cols[] = {record.indexOf(QStringLiteral("ID")),       record.indexOf(QStringLiteral("PID")),
-                            record.indexOf(QStringLiteral("Level")),    record.indexOf(QStringLiteral("Msg")),
-                            record.indexOf(QStringLiteral("File")),     record.indexOf(QStringLiteral("Func")),
-                            record.indexOf(QStringLiteral("Line")),     record.indexOf(QStringLiteral("EdoID")),
-                            record.indexOf(QStringLiteral("Category")), record.indexOf(QStringLiteral("FuncData")),
-                            record.indexOf(QStringLiteral("TimeStamp")), record.indexOf(QStringLiteral("Time"))};
+        const int cols[] = { record.indexOf(QStringLiteral("ID")), record.indexOf(QStringLiteral("PID")),
+            record.indexOf(QStringLiteral("Level")), record.indexOf(QStringLiteral("Msg")),
+            record.indexOf(QStringLiteral("File")), record.indexOf(QStringLiteral("Func")),
+            record.indexOf(QStringLiteral("Line")), record.indexOf(QStringLiteral("EdoID")),
+            record.indexOf(QStringLiteral("Category")), record.indexOf(QStringLiteral("FuncData")),
+            record.indexOf(QStringLiteral("TimeStamp")), record.indexOf(QStringLiteral("Time")) };
         if (std::find(std::begin(cols), std::end(cols), -1) != std::end(cols)) {
             error = QStringLiteral("%1: table LogData lacks a column").arg(fileName);
             return false;
@@ -126,7 +126,7 @@ QVector<int> linkTree(QVector<LogRow> &rows)
 
 // Marks the rows to show: those that pass the filter, with their ancestors in tree mode.
 QVector<bool> selectRows(const QVector<LogRow> &rows, const QVector<int> &roots, bool tree,
-                         const std::function<bool(const LogRow &)> &pass)
+    const std::function<bool(const LogRow &)> &pass)
 {
     QVector<bool> shown(rows.size(), false);
     if (!tree) {
@@ -156,13 +156,14 @@ QString describe(const LogRow &r)
     return text;
 }
 
-void printRows(QTextStream &out, const QVector<LogRow> &rows, const QVector<int> &roots, const QVector<bool> &shown,
-               bool tree)
+void printRows(QTextStream &out, const QVector<LogRow> &rows, const QVector<int> &roots,
+    const QVector<bool> &shown, bool tree)
 {
     if (!tree) {
         for (int i = 0; i < rows.size(); ++i) {
             if (shown[i])
-                out << QStringLiteral("%1 <- %2  ").arg(rows[i].id, 6).arg(rows[i].pid, 6) << describe(rows[i]) << '\n';
+                out << QStringLiteral("%1 <- %2  ").arg(rows[i].id, 6).arg(rows[i].pid, 6)
+                    << describe(rows[i]) << '\n';
         }
         return;
     }
@@ -179,7 +180,8 @@ void printRows(QTextStream &out, const QVector<LogRow> &rows, const QVector<int>
 
 // Chrome trace events ("X" complete events, microseconds). The table does not record threads:
 // each root tree goes to the first lane free at its start, so lanes never overlap.
-QJsonDocument traceDocument(const QVector<LogRow> &rows, const QVector<int> &roots, const QVector<bool> &shown)
+QJsonDocument traceDocument(
+    const QVector<LogRow> &rows, const QVector<int> &roots, const QVector<bool> &shown)
 {
     qint64 origin = std::numeric_limits<qint64>::max();
     for (const LogRow &r : rows) {
@@ -196,20 +198,16 @@ QJsonDocument traceDocument(const QVector<LogRow> &rows, const QVector<int> &roo
     std::function<void(int, int)> emitRow = [&](int i, int lane) {
         const LogRow &r = rows[i];
         if (shown[i]) {
-            QJsonObject args{{"id", r.id},     {"pid", r.pid},   {"level", levelName(r.level)},
-                             {"file", r.file}, {"func", r.func}, {"line", r.line}};
+            QJsonObject args { { "id", r.id }, { "pid", r.pid }, { "level", levelName(r.level) },
+                { "file", r.file }, { "func", r.func }, { "line", r.line } };
             if (r.edoId != -1)
                 args.insert(QStringLiteral("edoId"), QString::number(r.edoId));
             if (!r.funcData.isEmpty())
                 args.insert(QStringLiteral("funcData"), r.funcData);
-            events.append(QJsonObject{{"name", r.msg},
-                                      {"cat", r.category.isEmpty() ? levelName(r.level) : r.category},
-                                      {"ph", "X"},
-                                      {"ts", startUs(r)},
-                                      {"dur", r.ms * 1000.0},
-                                      {"pid", 1},
-                                      {"tid", lane},
-                                      {"args", args}});
+            events.append(QJsonObject { { "name", r.msg },
+                { "cat", r.category.isEmpty() ? levelName(r.level) : r.category }, { "ph", "X" },
+                { "ts", startUs(r) }, { "dur", r.ms * 1000.0 }, { "pid", 1 }, { "tid", lane },
+                { "args", args } });
         }
         for (int c : r.children)
             emitRow(c, lane);
@@ -224,7 +222,7 @@ QJsonDocument traceDocument(const QVector<LogRow> &rows, const QVector<int> &roo
         laneEnds[lane] = start + rows[root].ms * 1000.0;
         emitRow(root, lane + 1);
     }
-    return QJsonDocument(QJsonObject{{"traceEvents", events}, {"displayTimeUnit", "ms"}});
+    return QJsonDocument(QJsonObject { { "traceEvents", events }, { "displayTimeUnit", "ms" } });
 }
 
 int runLog(const QStringList &arguments)
@@ -236,19 +234,19 @@ int runLog(const QStringList &arguments)
                        "enclosed it."));
     parser.addHelpOption();
     parser.addPositionalArgument(QStringLiteral("TOVLOG.DB"), QStringLiteral("The log database."));
-    const QCommandLineOption treeOption(QStringLiteral("tree"), QStringLiteral("Print the messages as a tree."));
+    const QCommandLineOption treeOption(
+        QStringLiteral("tree"), QStringLiteral("Print the messages as a tree."));
     const QCommandLineOption edoOption(QStringLiteral("edo"),
-                                       QStringLiteral("Only messages about element ID (in a tree, with the "
-                                                      "messages that enclose them)."),
-                                       QStringLiteral("ID"));
+        QStringLiteral("Only messages about element ID (in a tree, with the "
+                       "messages that enclose them)."),
+        QStringLiteral("ID"));
     const QCommandLineOption minOption(QStringLiteral("min-ms"),
-                                       QStringLiteral("Only messages that took at least N milliseconds."),
-                                       QStringLiteral("N"));
+        QStringLiteral("Only messages that took at least N milliseconds."), QStringLiteral("N"));
     const QCommandLineOption traceOption(QStringLiteral("trace"),
-                                         QStringLiteral("Write the messages as Chrome trace-event JSON to FILE "
-                                                        "(open it in Perfetto or chrome://tracing)."),
-                                         QStringLiteral("FILE.json"));
-    parser.addOptions({treeOption, edoOption, minOption, traceOption});
+        QStringLiteral("Write the messages as Chrome trace-event JSON to FILE "
+                       "(open it in Perfetto or chrome://tracing)."),
+        QStringLiteral("FILE.json"));
+    parser.addOptions({ treeOption, edoOption, minOption, traceOption });
     if (!parser.parse(arguments))
         return tovFail(parser.errorText());
     if (parser.isSet(QStringLiteral("help"))) {
@@ -263,10 +261,12 @@ int runLog(const QStringList &arguments)
     const bool byEdo = parser.isSet(edoOption);
     const qint64 edo = byEdo ? parser.value(edoOption).toLongLong(&ok) : -1;
     if (!ok)
-        return tovFail(QStringLiteral("log: --edo expects an integer, not \"%1\"").arg(parser.value(edoOption)));
+        return tovFail(
+            QStringLiteral("log: --edo expects an integer, not \"%1\"").arg(parser.value(edoOption)));
     const double minMs = parser.isSet(minOption) ? parser.value(minOption).toDouble(&ok) : 0.0;
     if (!ok || minMs < 0)
-        return tovFail(QStringLiteral("log: --min-ms expects a number >= 0, not \"%1\"").arg(parser.value(minOption)));
+        return tovFail(
+            QStringLiteral("log: --min-ms expects a number >= 0, not \"%1\"").arg(parser.value(minOption)));
 
     QVector<LogRow> rows;
     QString error;
@@ -274,16 +274,18 @@ int runLog(const QStringList &arguments)
         return tovFail(QStringLiteral("log: ") + error);
     const bool tree = parser.isSet(treeOption);
     const QVector<int> roots = linkTree(rows);
-    const QVector<bool> shown = selectRows(rows, roots, tree || parser.isSet(traceOption), [&](const LogRow &r) {
-        return (!byEdo || r.edoId == edo) && r.ms >= minMs;
-    });
+    const QVector<bool> shown = selectRows(rows, roots, tree || parser.isSet(traceOption),
+        [&](const LogRow &r) { return (!byEdo || r.edoId == edo) && r.ms >= minMs; });
 
     if (parser.isSet(traceOption)) {
         QFile file(parser.value(traceOption));
         if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-            return tovFail(QStringLiteral("log: cannot write %1: %2").arg(file.fileName(), file.errorString()));
+            return tovFail(
+                QStringLiteral("log: cannot write %1: %2").arg(file.fileName(), file.errorString()));
         file.write(traceDocument(rows, roots, shown).toJson(QJsonDocument::Indented));
-        tovOut() << QStringLiteral("wrote %1 events to %2\n").arg(std::count(shown.begin(), shown.end(), true)).arg(file.fileName());
+        tovOut() << QStringLiteral("wrote %1 events to %2\n")
+                        .arg(std::count(shown.begin(), shown.end(), true))
+                        .arg(file.fileName());
         return 0;
     }
     printRows(tovOut(), rows, roots, shown, tree);
@@ -296,8 +298,9 @@ int tovRunLogDemo(const QString &projectDir)
 {
     TovLogSys *sys = TovLogSys::instance();
     if (!sys->isLogEnabled())
-        return tovFail(QStringLiteral("log demo: logging is off (TovLog.ini with [Options] OpenLog=true belongs "
-                                      "beside tovutil)"));
+        return tovFail(
+            QStringLiteral("log demo: logging is off (TovLog.ini with [Options] OpenLog=true belongs "
+                           "beside tovutil)"));
     if (!QDir().mkpath(projectDir))
         return tovFail(QStringLiteral("log demo: cannot make %1").arg(projectDir));
     sys->onProjectAfterNew(projectDir);
@@ -309,7 +312,7 @@ int tovRunLogDemo(const QString &projectDir)
     const TovMessageLogger logger(__FILE__, __LINE__, Q_FUNC_INFO);
     logger.infoStart(QStringLiteral("打开项目 demo")).setCategory(QStringLiteral("project"));
     QThread::msleep(3);
-    for (qint64 road : {1001, 1002}) {
+    for (qint64 road : { 1001, 1002 }) {
         logger.infoStart("计算道路 %lld", road).setEdoId(road).setCategory(QStringLiteral("calc"));
         logger.debugStart(QStringLiteral("计算路面"));
         logger.funcData() << "width" << 7.5 << "layers" << 3;
@@ -334,7 +337,7 @@ int tovRunLogDemo(const QString &projectDir)
 
     const QString dbFile = QDir(projectDir).filePath(QStringLiteral("TovLog.db"));
     tovOut() << QStringLiteral("Log written to %1:\n").arg(dbFile);
-    return runLog({QStringLiteral("log"), dbFile, QStringLiteral("--tree")});
+    return runLog({ QStringLiteral("log"), dbFile, QStringLiteral("--tree") });
 }
 
 TOVUTIL_COMMAND("log", "print a log database as a tree, filter it, or write a Chrome trace", runLog);
