@@ -23,10 +23,11 @@ struct TraceState
     QtMessageHandler previous = nullptr;
 };
 
+// Never destroyed: Qt may report messages through the handler during static destruction.
 TraceState &traceState()
 {
-    static TraceState state;
-    return state;
+    static TraceState *const state = new TraceState;
+    return *state;
 }
 
 // Set while this thread is inside the handler: a sink that reports through Qt's messages

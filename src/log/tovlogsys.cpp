@@ -40,6 +40,14 @@ int storedLevel(TovLogSys::LogMsgType type)
     }
 }
 
+// The host passes project directories with or without a trailing separator.
+QString projectLogFile(const QString &projectDir)
+{
+    if (projectDir.endsWith(QLatin1Char('/')) || projectDir.endsWith(QLatin1Char('\\')))
+        return projectDir + logDbName;
+    return projectDir + QLatin1Char('/') + logDbName;
+}
+
 void closeAtExit()
 {
     if (logSysInstance)
@@ -321,12 +329,12 @@ std::shared_ptr<TovSqlDBSession> TovLogSys::dbSession() const
 
 void TovLogSys::onProjectAfterNew(const QString &projectDir)
 {
-    d->copyTemplate(projectDir + QLatin1Char('/') + logDbName);
+    d->copyTemplate(projectLogFile(projectDir));
 }
 
 void TovLogSys::onProjectAfterOpen(const QString &projectDir)
 {
-    const QString fileName = projectDir + QLatin1Char('/') + logDbName;
+    const QString fileName = projectLogFile(projectDir);
     if (!QFile::exists(fileName))
         d->copyTemplate(fileName);
     d->openSession(fileName);
@@ -419,7 +427,7 @@ QString TovLogSys::lastLogTimeName() const
 
 QString TovLogSys::getProjectAddFile(const QString &projectDir) const
 {
-    return QFile::exists(projectDir + QLatin1Char('/') + logDbName) ? logDbName : QString();
+    return QFile::exists(projectLogFile(projectDir)) ? logDbName : QString();
 }
 
 TovLogSys::LogData *TovLogSys::newLogData(

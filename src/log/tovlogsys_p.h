@@ -18,9 +18,9 @@ class TovSqlDBSession;
 class TovLogSysPrivate
 {
 public:
-    virtual ~TovLogSysPrivate();
     // Stores one finished record: its "LogData" row, then its FuncData file. Takes dbMutex.
     virtual void commitLogData(TovLogSys::LogData *data);
+    virtual ~TovLogSysPrivate();
     // Appends one finished timing to the ".time" report. Takes dbMutex.
     void commitTimeData(TovLogSys::LogData *data);
 

@@ -177,6 +177,7 @@ void TestTovLogSys::newProjectGetsTheTemplate()
     QCOMPARE(sys->getProjectAddFile(fresh.path()), QString());
     sys->onProjectAfterNew(fresh.path());
     QCOMPARE(sys->getProjectAddFile(fresh.path()), QStringLiteral("TovLog.db"));
+    QCOMPARE(sys->getProjectAddFile(fresh.path() + QLatin1Char('/')), QStringLiteral("TovLog.db"));
     QVERIFY2(QFile::exists(QCoreApplication::applicationDirPath() + QStringLiteral("/TovLog.db")),
         "the template is made in the application directory");
 
