@@ -2,9 +2,9 @@
 
 #include "tovhost_export.h"
 
-#include <QMutex>
 #include <QSet>
 #include <QString>
+#include <mutex>
 
 // The host's service for translating texts stored in its databases and drawings: whether
 // translation is wanted, and which translation contexts exist. Thread-safe.
@@ -29,7 +29,7 @@ private:
     HynDBTranslations(const HynDBTranslations &) = delete;
     HynDBTranslations &operator=(const HynDBTranslations &) = delete;
 
-    mutable QMutex m_mutex;
+    mutable std::mutex m_mutex;
     bool m_needTranslate = false;
     QSet<QString> m_contexts;
 };

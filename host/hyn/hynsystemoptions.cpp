@@ -8,19 +8,19 @@ HynSystemOptions *HynSystemOptions::getInstance()
 
 QVariant HynSystemOptions::getSysOption(const QString &key) const
 {
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     return m_options.value(key);
 }
 
 void HynSystemOptions::setSysOption(const QString &key, const QVariant &value, bool notify)
 {
     Q_UNUSED(notify)
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     m_options.insert(key, value);
 }
 
 void HynSystemOptions::clear()
 {
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     m_options.clear();
 }

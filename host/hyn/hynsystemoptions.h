@@ -3,9 +3,9 @@
 #include "tovhost_export.h"
 
 #include <QHash>
-#include <QMutex>
 #include <QString>
 #include <QVariant>
+#include <mutex>
 
 // The host's process-wide options store: key text -> value, shared by every module of the process.
 // Keys are compared exactly. Thread-safe; a read-modify-write by a caller is not atomic.
@@ -28,6 +28,6 @@ private:
     HynSystemOptions(const HynSystemOptions &) = delete;
     HynSystemOptions &operator=(const HynSystemOptions &) = delete;
 
-    mutable QMutex m_mutex;
+    mutable std::mutex m_mutex;
     QHash<QString, QVariant> m_options;
 };

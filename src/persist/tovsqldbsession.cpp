@@ -4,18 +4,18 @@
 
 #include <sefdebugoutput.h>
 
-#include <QMutex>
 #include <QSqlDriver>
 #include <QSqlQuery>
+#include <mutex>
 
 namespace {
 
 const char accessConnectionTemplate[]
     = "DRIVER={Microsoft Access Driver (*.mdb, *.accdb)};FIL={MS Access};dbq=%1";
 
-QMutex &templateMutex()
+std::mutex &templateMutex()
 {
-    static QMutex mutex;
+    static std::mutex mutex;
     return mutex;
 }
 
@@ -76,7 +76,9 @@ bool TovSqlDBSessionPrivate::exec(
         }
         return true;
     }
-    if (query.lastQuery() != sql && !query.prepare(sql)) {
+    // A query whose last prepare or execution failed is prepared again: a failed prepare leaves
+    // the text behind without a statement.
+    if ((query.lastQuery() != sql || query.lastError().isValid()) && !query.prepare(sql)) {
         fail(query.lastError());
         return false;
     }
@@ -172,14 +174,14 @@ TovSqlDBSession::~TovSqlDBSession()
 
 void TovSqlDBSession::setOdbcConnectionTemplate(const QString &connectionTemplate)
 {
-    QMutexLocker lock(&templateMutex());
+    std::lock_guard<std::mutex> lock(templateMutex());
     templateOverride() = connectionTemplate;
 }
 
 QString TovSqlDBSession::odbcConnectionTemplate()
 {
     {
-        QMutexLocker lock(&templateMutex());
+        std::lock_guard<std::mutex> lock(templateMutex());
         if (!templateOverride().isEmpty())
             return templateOverride();
     }

@@ -91,7 +91,8 @@ public:
 
     // Executes sql directly.
     bool execSQL(QSqlQuery &query, const QString &sql);
-    // Prepared: prepares the query unless it already holds sql, calls binder, executes.
+    // Prepared: prepares the query unless it already holds sql from a successful run, calls
+    // binder, executes.
     // Unprepared: executes sql directly; binder is not called.
     bool execSQL(QSqlQuery &query, const QString &sql, const Binder &binder, bool prepared);
     bool insertData(

@@ -76,12 +76,12 @@ bool TovDBTranslations::loadConfig(QString fileName)
     return true;
 }
 
-bool TovDBTranslations::isNeedTranslate()
+bool TovDBTranslations::isNeedTranslate() const
 {
     return m_needTranslate;
 }
 
-bool TovDBTranslations::isContextExist(QString context)
+bool TovDBTranslations::isContextExist(QString context) const
 {
     return m_contexts.contains(context);
 }

@@ -21,9 +21,9 @@ public:
     // translation is needed exactly when the host's language is not the source language.
     // false, and nothing changed, when the file cannot be opened or is not well-formed XML.
     bool loadConfig(QString fileName);
-    bool isNeedTranslate();
+    bool isNeedTranslate() const;
     // Exact, case-sensitive.
-    bool isContextExist(QString context);
+    bool isContextExist(QString context) const;
 
     static TovDBTranslations *m_instance;
 

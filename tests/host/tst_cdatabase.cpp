@@ -18,7 +18,6 @@ private slots:
     void findRecord();
     void readWriteText_data();
     void readWriteText();
-    void writeSurvivesReopen();
     void query_data();
     void query();
     void connectionPerInstance();
@@ -147,20 +146,6 @@ void TestCDatabase::readWriteText()
         QVERIFY(table->getText(3, column, text));
         QCOMPARE(text, QStringLiteral("second|"));
     }
-}
-
-void TestCDatabase::writeSurvivesReopen()
-{
-    {
-        const std::shared_ptr<hln::CTable> table = m_db->openTable(QStringLiteral("CmdStateTable"));
-        QVERIFY(table->setText(4, QStringLiteral("ExtData"), QStringLiteral("kept|")));
-    }
-    m_db.reset();
-    hln::CDatabase again;
-    QVERIFY(again.open(m_file));
-    QString text;
-    QVERIFY(again.openTable(QStringLiteral("CmdStateTable"))->getText(4, QStringLiteral("ExtData"), text));
-    QCOMPARE(text, QStringLiteral("kept|"));
 }
 
 void TestCDatabase::query_data()

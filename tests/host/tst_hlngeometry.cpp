@@ -1,4 +1,3 @@
-#include <cstring.h>
 #include <cvector2d.h>
 #include <hlnglobals.h>
 
@@ -12,7 +11,6 @@ private slots:
     void distEpsilon();
     void vectorIsEqual_data();
     void vectorIsEqual();
-    void stringIsShared();
 };
 
 void TestHlnGeometry::distEpsilon()
@@ -42,15 +40,6 @@ void TestHlnGeometry::vectorIsEqual()
     QCOMPARE(b.isEqual(a), equal);
     QCOMPARE(a == b, dx == 0.0 && dy == 0.0);
     QCOMPARE(hln::CVector2d().x, 0.0);
-}
-
-void TestHlnGeometry::stringIsShared()
-{
-    const hln::CStringPtr text = hln::CString::create(QStringLiteral("路面"));
-    const hln::CStringPtr other = text;
-    other->setText(QStringLiteral("桥"));
-    QCOMPARE(text->text(), QStringLiteral("桥"));
-    QVERIFY(hln::CString::create()->isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestHlnGeometry)

@@ -1,6 +1,5 @@
 #include <hyndbtranslations.h>
 #include <hynsystemoptions.h>
-#include <hyntranslations.h>
 
 #include <QtTest>
 
@@ -17,10 +16,7 @@ private slots:
     void optionsRoundTrip_data();
     void optionsRoundTrip();
     void optionsNeverSetIsNull();
-    void optionsClearForgetsEverything();
     void optionsConcurrentWritersKeepEveryKey();
-
-    void languageIdStartsAtSource();
 
     void dbContexts_data();
     void dbContexts();
@@ -65,14 +61,6 @@ void TestHynServices::optionsNeverSetIsNull()
     QVERIFY(options->getSysOption(QStringLiteral("MERGERSEDO")).isNull());
 }
 
-void TestHynServices::optionsClearForgetsEverything()
-{
-    HynSystemOptions *options = HynSystemOptions::getInstance();
-    options->setSysOption(QStringLiteral("a"), 1, false);
-    options->clear();
-    QVERIFY(options->getSysOption(QStringLiteral("a")).isNull());
-}
-
 void TestHynServices::optionsConcurrentWritersKeepEveryKey()
 {
     HynSystemOptions *options = HynSystemOptions::getInstance();
@@ -92,15 +80,6 @@ void TestHynServices::optionsConcurrentWritersKeepEveryKey()
     for (int t = 0; t < threads; ++t)
         QCOMPARE(options->getSysOption(QStringLiteral("k%1_%2").arg(t).arg(perThread - 1)),
             QVariant(perThread - 1));
-}
-
-void TestHynServices::languageIdStartsAtSource()
-{
-    HynTranslations *tr = HynTranslations::getInstance();
-    QCOMPARE(tr->getCurrentLanguageId(), 0);
-    tr->setCurrentLanguageId(2);
-    QCOMPARE(HynTranslations::getInstance()->getCurrentLanguageId(), 2);
-    tr->setCurrentLanguageId(0);
 }
 
 void TestHynServices::dbContexts_data()

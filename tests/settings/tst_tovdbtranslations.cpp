@@ -13,7 +13,6 @@ private slots:
     void cleanup();
     void loadConfig_data();
     void loadConfig();
-    void copySharesNothingVisible();
     void instanceIsStable();
 };
 
@@ -94,21 +93,6 @@ void TestTovDBTranslations::loadConfig()
     for (const QString &context : qAsConst(absent))
         QVERIFY2(!translations.isContextExist(context), qPrintable(context));
     QCOMPARE(translations.isNeedTranslate(), needTranslate);
-}
-
-void TestTovDBTranslations::copySharesNothingVisible()
-{
-    HynTranslations::getInstance()->setCurrentLanguageId(1);
-    TovDBTranslations first = *TovDBTranslations::getInstance();
-    QVERIFY(first.loadConfig(QFINDTESTDATA("../data/settings/contexts_abc.xml")));
-    TovDBTranslations second = first;
-    QVERIFY(second.loadConfig(QFINDTESTDATA("../data/settings/contexts_project.xml")));
-    QVERIFY(second.isContextExist(QStringLiteral("A")));
-    QVERIFY(second.isContextExist(QStringLiteral("Proj_Element_Name")));
-    QVERIFY(!first.isContextExist(QStringLiteral("Proj_Element_Name")));
-    QVERIFY(first.isNeedTranslate());
-    // The process-wide instance was never loaded.
-    QVERIFY(!TovDBTranslations::getInstance()->isContextExist(QStringLiteral("A")));
 }
 
 void TestTovDBTranslations::instanceIsStable()
