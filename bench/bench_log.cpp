@@ -8,6 +8,7 @@
 
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
@@ -87,6 +88,7 @@ struct RawRow
     int level;
     qint64 edoId;
     QDateTime start;
+    QElapsedTimer clock;
 };
 
 int storedLevel(TovLogSys::LogMsgType type)
@@ -132,14 +134,19 @@ void rawSqlite(benchmark::State &state, bool transaction)
     for (auto _ : state) {
         const int depth = 1 + (n++ + state.thread_index()) % 5;
         for (int k = 0; k < depth; ++k) {
-            stack[k] = { raw.nextId.fetch_add(1), k == 0 ? -1 : stack[k - 1].id, storedLevel(levels[k]),
-                k == 0 ? qint64(1000 + n) : qint64(-1), QDateTime::currentDateTime() };
+            RawRow &row = stack[k];
+            row.id = raw.nextId.fetch_add(1);
+            row.pid = k == 0 ? -1 : stack[k - 1].id;
+            row.level = storedLevel(levels[k]);
+            row.edoId = k == 0 ? qint64(1000 + n) : qint64(-1);
+            row.start = QDateTime::currentDateTime();
+            row.clock.start();
         }
         for (int k = depth - 1; k >= 0; --k) {
             RawRow &row = stack[k];
             for (int up = k - 1; row.edoId == -1 && up >= 0; --up)
                 row.edoId = stack[up].edoId;
-            const double seconds = row.start.msecsTo(QDateTime::currentDateTime()) / 1000.0;
+            const double seconds = row.clock.elapsed() / 1000.0;
             std::lock_guard<std::mutex> lock(raw.mutex);
             sqlite3_stmt *s = raw.insert;
             sqlite3_bind_int(s, 1, row.id);

@@ -167,12 +167,17 @@ void TovLogSysPrivate::closeSession()
 
 void TovLogSysPrivate::commitLogData(TovLogSys::LogData *data)
 {
+    if (!hasSession)
+        return;
+    // The record belongs to the calling thread: its row is built before taking the lock, which
+    // every thread's rows queue for.
+    const QVector<QVariant> values { data->ID, data->PID, storedLevel(data->Level), data->Msg, data->File,
+        data->Func, data->Line, data->EdoID, data->Category, data->FuncData,
+        // The text the SQLite driver would make of the date-time.
+        data->TimeStamp.toString(Qt::ISODateWithMs), data->Time / 1000.0 };
     std::lock_guard<std::mutex> lock(dbMutex);
     if (!session)
         return;
-    const QVector<QVariant> values { data->ID, data->PID, storedLevel(data->Level), data->Msg, data->File,
-        data->Func, data->Line, data->EdoID, data->Category, data->FuncData, data->TimeStamp,
-        data->Time / 1000.0 };
     session->insertData(*insertQuery, logTable, tovLogDataColumns(), values);
     if (funcDataLog && !funcDataPath.isEmpty() && !data->FuncData.isEmpty())
         writeFuncDataFile(*data);

@@ -6,6 +6,7 @@
 #include "tovmessagelogdata.h"
 
 #include <QDebug>
+#include <QElapsedTimer>
 #include <QList>
 #include <QVector>
 
@@ -41,10 +42,16 @@ public:
     QString lastLogTimeName() const;
 
 private:
-    using Record = std::shared_ptr<TovLogSys::LogData>;
+    // An open record and the monotonic clock of its duration (the wall clock is slow to read
+    // and may jump).
+    struct Record
+    {
+        std::shared_ptr<TovLogSys::LogData> data;
+        QElapsedTimer clock;
+    };
 
     Qt::HANDLE m_threadId;
     QVector<Record> m_logStack;
     QVector<Record> m_timeStack;
-    QList<Record> m_pendingTimes;
+    QList<std::shared_ptr<TovLogSys::LogData>> m_pendingTimes;
 };
