@@ -1,3 +1,5 @@
+#include "logtestutil.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QProcess>
@@ -16,6 +18,7 @@ private slots:
     void report();
     void threadsKeepTheirOrder();
     void resetAndLastName();
+    void messagesAndTimingsOnThreads();
 };
 
 namespace {
@@ -201,6 +204,47 @@ void TestTovLogTime::resetAndLastName()
     }
     QVERIFY2(seconds.value(QStringLiteral("outer")) < 0.3, "the reset restarted the outer timing");
     QVERIFY(seconds.value(QStringLiteral("kept")) >= 0.299);
+}
+
+void TestTovLogTime::messagesAndTimingsOnThreads()
+{
+    // Eight threads interleave nested messages and nested timings: both channels share the
+    // database mutex and each thread's manager.
+    QTemporaryDir temp;
+    const int threads = 8, repeat = 250;
+    runProbe({ "-time=$T/", "logdir=$T", QStringLiteral("threads=%1").arg(threads),
+                 QStringLiteral("repeat=%1").arg(repeat), "script=+A <m +B <n > . > ." },
+        temp.path());
+
+    const QStringList lines = readLines(temp.filePath(QStringLiteral("RixReport.time")));
+    QCOMPARE(lines.size(), 1 + threads * repeat * 2);
+    QHash<QString, QStringList> perThread;
+    for (const QString &line : lines.mid(1)) {
+        const QString name = reportLine.match(line).captured(2);
+        perThread[name.section(QLatin1Char('#'), 1)] << name.section(QLatin1Char('#'), 0, 0);
+    }
+    QCOMPARE(perThread.size(), threads);
+    for (const QStringList &names : qAsConst(perThread)) {
+        QCOMPARE(names.size(), repeat * 2);
+        QCOMPARE(names.count(QStringLiteral("A")), repeat);
+        for (int i = 0; i < names.size(); i += 2)
+            QCOMPARE(names.mid(i, 2), QStringList({ "A", "B" }));
+    }
+
+    const QVector<LogRow> rows = readLogRows(temp.filePath(QStringLiteral("TovLog.db")));
+    QCOMPARE(rows.size(), threads * repeat * 2);
+    QHash<int, const LogRow *> byId;
+    for (const LogRow &r : rows)
+        byId.insert(r.id, &r);
+    QCOMPARE(byId.size(), rows.size());
+    for (const LogRow &r : rows) {
+        if (r.msg.startsWith(QLatin1Char('m'))) {
+            QCOMPARE(r.pid, -1);
+            continue;
+        }
+        const LogRow *parent = byId.value(r.pid);
+        QVERIFY2(parent && parent->msg == QLatin1Char('m') + r.msg.mid(1), qPrintable(r.msg));
+    }
 }
 
 QTEST_GUILESS_MAIN(TestTovLogTime)
