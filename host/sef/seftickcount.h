@@ -10,4 +10,10 @@ class TOVHOST_EXPORT SefTickCount
 {
 public:
     static quint32 now();
+    // Setup: every later reading is shifted by offset (modulo 2^32), so that tests can put the
+    // counter just before its wrap. Thread-safe.
+    static void setOffset(quint32 offset);
+
+private:
+    static quint32 platformNow();
 };

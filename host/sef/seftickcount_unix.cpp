@@ -2,7 +2,7 @@
 
 #include <time.h>
 
-quint32 SefTickCount::now()
+quint32 SefTickCount::platformNow()
 {
     timespec ts;
     clock_gettime(CLOCK_MONOTONIC, &ts);

@@ -2,7 +2,7 @@
 
 #include <qt_windows.h>
 
-quint32 SefTickCount::now()
+quint32 SefTickCount::platformNow()
 {
     return quint32(GetTickCount());
 }
