@@ -2,37 +2,12 @@
 #include <tovgraphnode.h>
 #include <tovgraphstruct.h>
 
+#include "graphtestutil.h"
+
 #include <QTemporaryDir>
 #include <QtTest>
 
 namespace {
-
-// Builds edges from "1o-2i 2o-3i@4" (key, side, key, side, optional weight); a lone "7" adds a
-// node. Answers, per token, what addEdge gave: "new", "same" (an edge already returned) or "null".
-QStringList build(TovGraphStruct &graph, const QString &text)
-{
-    QStringList answers;
-    QList<TovGraphEdge *> seen;
-    static const QRegularExpression edgeForm(QStringLiteral("^(-?\\d+)([io])-(-?\\d+)([io])(?:@(-?\\d+))?$"));
-    for (const QString &token : text.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
-        const QRegularExpressionMatch m = edgeForm.match(token);
-        if (!m.hasMatch()) {
-            graph.addNode(token.toInt());
-            continue;
-        }
-        TovGraphEdge *edge = graph.addEdge(m.captured(1).toInt(), m.captured(3).toInt(),
-                                           m.captured(2) == QLatin1String("i"), m.captured(4) == QLatin1String("i"));
-        if (!edge) {
-            answers << QStringLiteral("null");
-            continue;
-        }
-        if (!m.captured(5).isEmpty() && !seen.contains(edge))
-            edge->setWeight(m.captured(5).toInt());
-        answers << (seen.contains(edge) ? QStringLiteral("same") : QStringLiteral("new"));
-        seen << edge;
-    }
-    return answers;
-}
 
 // The graph in one line: "key:in[...]out[...]" per node, edges as neighbour keys.
 QString shape(const TovGraphStruct &graph)
@@ -167,7 +142,7 @@ void TestTovGraphStruct::addEdge()
     QFETCH(QString, shape);
     QFETCH(int, edgeCount);
     TovGraphStruct graph;
-    QCOMPARE(build(graph, edges), answers);
+    QCOMPARE(buildGraph(graph, edges), answers);
     QCOMPARE(::shape(graph), shape);
     QCOMPARE(int(graph.getEdges().size()), edgeCount);
 }
@@ -192,7 +167,7 @@ void TestTovGraphStruct::refusedEdgeLeavesFirstUntouched()
 void TestTovGraphStruct::nodeQueries()
 {
     TovGraphStruct graph;
-    build(graph, "1o-2i 1o-3i 4i-1i 8");
+    buildGraph(graph, "1o-2i 1o-3i 4i-1i 8");
     const TovGraphNode *one = graph.findNode(1);
     QCOMPARE(one->edgeCount(false), 2);
     QCOMPARE(one->edgeCount(true), 1);
@@ -229,7 +204,7 @@ void TestTovGraphStruct::remove()
     QFETCH(QString, shape);
     QFETCH(int, edgeCount);
     TovGraphStruct graph;
-    build(graph, edges);
+    buildGraph(graph, edges);
     const QStringList words = action.split(QLatin1Char(' '));
     if (words[0] == QLatin1String("edge"))
         graph.removeEdge(graph.findNode(words[1].toInt())->getEdge(words[2].toInt(), false));
@@ -261,7 +236,7 @@ void TestTovGraphStruct::regions()
     QFETCH(QString, edges);
     QFETCH(QStringList, regions);
     TovGraphStruct graph;
-    build(graph, edges);
+    buildGraph(graph, edges);
     for (int pass = 0; pass < 2; ++pass) { // marks from the first pass must not leak into the second
         const QList<QList<TovGraphNode *> *> list = graph.getRegionList();
         QStringList got;
@@ -293,14 +268,14 @@ void TestTovGraphStruct::buildGroupKeys()
     QFETCH(QList<int>, keys);
     QFETCH(QString, groups);
     TovGraphStruct graph;
-    build(graph, edges);
+    buildGraph(graph, edges);
     QCOMPARE(groupsText(graph.buildGroupKeys(keys)), groups);
 }
 
 void TestTovGraphStruct::dump()
 {
     TovGraphStruct graph;
-    build(graph, "2i-1o@5 2o-3i@-4 6");
+    buildGraph(graph, "2i-1o@5 2o-3i@-4 6");
     graph.findNode(2)->setWeight(1);
     graph.findNode(6)->setWeight(-7);
     QTemporaryDir dir;
@@ -329,7 +304,7 @@ void TestTovGraphStruct::dump()
 void TestTovGraphStruct::dumpToUnopenableFileWritesNothing()
 {
     TovGraphStruct graph;
-    build(graph, "1o-2i");
+    buildGraph(graph, "1o-2i");
     QTemporaryDir dir;
     QVERIFY(dir.isValid());
     graph.saveToFile(dir.path()); // a directory cannot be opened as a file
@@ -341,7 +316,7 @@ void TestTovGraphStruct::dumpToUnopenableFileWritesNothing()
 void TestTovGraphStruct::copyIsDeepAndIndependent()
 {
     TovGraphStruct graph;
-    build(graph, "3o-1i@2 1o-2i@6 9");
+    buildGraph(graph, "3o-1i@2 1o-2i@6 9");
     graph.findNode(1)->setWeight(4);
     graph.findNode(9)->setFlag(3);
     int marker = 0;
@@ -349,7 +324,7 @@ void TestTovGraphStruct::copyIsDeepAndIndependent()
 
     TovGraphStruct copy(graph);
     TovGraphStruct assigned;
-    build(assigned, "50o-51i");
+    buildGraph(assigned, "50o-51i");
     assigned = graph;
     for (TovGraphStruct *other : {&copy, &assigned}) {
         QCOMPARE(shape(*other), shape(graph));
@@ -372,14 +347,14 @@ void TestTovGraphStruct::derivedFactoriesCreateAndGraphDeletes()
 {
     {
         CountedGraph graph;
-        build(graph, "1o-2i 2o-3i 3o-3i 4");
+        buildGraph(graph, "1o-2i 2o-3i 3o-3i 4");
         QCOMPARE(liveNodes, 4);
         QCOMPARE(liveEdges, 2); // the refused self-loop was deleted at once
         QVERIFY(dynamic_cast<CountedEdge *>(graph.getEdges().front()));
         graph.removeNode(2);
         QCOMPARE(liveNodes, 3);
         QCOMPARE(liveEdges, 0);
-        build(graph, "5o-6i");
+        buildGraph(graph, "5o-6i");
     }
     QCOMPARE(liveNodes, 0);
     QCOMPARE(liveEdges, 0);
