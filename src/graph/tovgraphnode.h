@@ -44,7 +44,7 @@ protected:
 
 private:
     friend class TovGraphStruct;
-    friend class TovPathSearcher;
+    friend class TovPathSearchPlan;
     using EdgeEntry = std::pair<int, TovGraphEdge *>;
     using EdgeMap = std::vector<EdgeEntry>; // sorted by key: degrees are small
 
@@ -60,4 +60,7 @@ private:
     int m_weight = 0;
     int m_flag = 0;
     bool m_regionMark = false;
+    // Scratch of the path searcher: this node's index in the search plan stamped planStamp.
+    unsigned m_planStamp = 0;
+    int m_planIndex = 0;
 };

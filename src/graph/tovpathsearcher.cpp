@@ -7,6 +7,7 @@
 #include <QElapsedTimer>
 
 #include <algorithm>
+#include <atomic>
 #include <climits>
 
 namespace {
@@ -25,204 +26,250 @@ inline bool goOnSide(const TovGraphEdge *edge, int key)
 
 } // namespace
 
+namespace {
+
+std::atomic<unsigned> planStamps{0};
+
+} // namespace
+
+TovPathSearchPlan::TovPathSearchPlan()
+    : m_stamp(++planStamps)
+{
+    if (m_stamp == 0) // wrapped around: 0 is what fresh nodes carry
+        m_stamp = ++planStamps;
+}
+
+bool TovPathSearchPlan::contains(const TovGraphNode *node) const
+{
+    return !nodes.empty() && node->m_planStamp == m_stamp && node->m_planIndex < int(graphNodes.size())
+           && graphNodes[node->m_planIndex] == node;
+}
+
+int TovPathSearchPlan::indexOf(const TovGraphNode *node) const
+{
+    return node->m_planIndex;
+}
+
 void TovPathSearchPlan::build(TovGraphNode *start, const std::set<int> &candidates)
 {
+    // A plan rebuilt for another component takes a fresh stamp, so nodes of the old one no
+    // longer count as members.
+    if (!nodes.empty()) {
+        m_stamp = ++planStamps;
+        if (m_stamp == 0)
+            m_stamp = ++planStamps;
+    }
     nodes.clear();
     arcs.clear();
-    index.clear();
-    std::vector<TovGraphNode *> queue{start};
-    index.emplace(start, 0);
-    for (std::size_t head = 0; head < queue.size(); ++head) {
-        TovGraphNode *node = queue[head];
+    graphNodes.clear();
+    graphNodes.push_back(start);
+    start->m_planStamp = m_stamp;
+    start->m_planIndex = 0;
+    for (std::size_t head = 0; head < graphNodes.size(); ++head) {
+        const TovGraphNode *node = graphNodes[head];
         for (const bool isIn : {true, false}) {
-            for (TovGraphEdge *edge : node->getEdges(isIn)) {
-                TovGraphNode *far = farNode(edge, node->getKey());
-                if (index.emplace(far, int(queue.size())).second)
-                    queue.push_back(far);
+            for (const auto &entry : node->side(isIn)) {
+                TovGraphNode *far = farNode(entry.second, node->getKey());
+                if (far->m_planStamp != m_stamp) {
+                    far->m_planStamp = m_stamp;
+                    far->m_planIndex = int(graphNodes.size());
+                    graphNodes.push_back(far);
+                }
             }
         }
     }
-    nodes.resize(queue.size());
-    std::vector<TovGraphEdge *> edges;
-    for (std::size_t i = 0; i < queue.size(); ++i) {
-        TovGraphNode *node = queue[i];
+    nodes.resize(graphNodes.size());
+    std::vector<const TovGraphEdge *> edges;
+    for (std::size_t i = 0; i < graphNodes.size(); ++i) {
+        const TovGraphNode *node = graphNodes[i];
         Node &entry = nodes[i];
-        entry.node = node;
         entry.key = node->getKey();
         entry.weight = node->getWeight();
         for (const bool isIn : {false, true}) {
-            edges = node->getEdges(isIn);
-            const bool anyCandidate = std::any_of(edges.begin(), edges.end(), [&](const TovGraphEdge *e) {
-                return candidates.count(farNode(e, entry.key)->getKey()) != 0;
-            });
-            if (anyCandidate) {
-                edges.erase(std::remove_if(edges.begin(), edges.end(),
-                                           [&](const TovGraphEdge *e) {
-                                               return candidates.count(farNode(e, entry.key)->getKey()) == 0;
-                                           }),
-                            edges.end());
+            edges.clear();
+            const auto &side = node->side(isIn);
+            bool anyCandidate = false;
+            if (!candidates.empty()) {
+                for (const auto &e : side) {
+                    if (candidates.count(farNode(e.second, entry.key)->getKey()) != 0) {
+                        anyCandidate = true;
+                        break;
+                    }
+                }
             }
-            std::stable_sort(edges.begin(), edges.end(), [](const TovGraphEdge *a, const TovGraphEdge *b) {
-                return a->getWeight() < b->getWeight();
-            });
-            entry.arcBegin[isIn] = int(arcs.size());
+            for (const auto &e : side) {
+                if (!anyCandidate || candidates.count(farNode(e.second, entry.key)->getKey()) != 0)
+                    edges.push_back(e.second);
+            }
+            // Stable by weight: equal weights keep ascending neighbour keys. Degrees are small,
+            // an insertion sort does it without allocating.
+            for (std::size_t j = 1; j < edges.size(); ++j) {
+                const TovGraphEdge *moving = edges[j];
+                std::size_t k = j;
+                for (; k > 0 && edges[k - 1]->getWeight() > moving->getWeight(); --k)
+                    edges[k] = edges[k - 1];
+                edges[k] = moving;
+            }
+            entry.arcs[isIn] = int(arcs.size());
             for (const TovGraphEdge *edge : edges)
-                arcs.push_back({index.at(farNode(edge, entry.key)), edge->getWeight(), goOnSide(edge, entry.key)});
-            entry.arcEnd[isIn] = int(arcs.size());
+                arcs.push_back({farNode(edge, entry.key)->m_planIndex * 2 + int(goOnSide(edge, entry.key)),
+                                edge->getWeight()});
         }
+        entry.arcs[2] = int(arcs.size());
     }
+    flags.assign(nodes.size(), 0);
     path.assign(nodes.size() + 1, 0);
     best.assign(nodes.size() + 1, 0);
     frames.assign(nodes.size() + 1, Frame());
 }
 
 // One depth-first run over a plan, iterative so that long paths cannot exhaust the call stack.
-// It visits, checks and records exactly in the order of the recursive description.
+// It visits, checks and records exactly in the order of the recursive description. All state
+// lives in locals so that it stays in registers.
 class TovPathSearchRun
 {
 public:
-    TovPathSearchRun(TovPathSearcher &searcher, TovPathSearchPlan &plan, int bestWeight, int bestScore)
-        : s(searcher)
-        , nodes(plan.nodes.data())
-        , arcs(plan.arcs.data())
-        , path(plan.path.data())
-        , best(plan.best.data())
-        , frames(plan.frames.data())
-        , curWeight(searcher.m_currentWeight)
-        , curScore(searcher.m_currentScore)
-        , bestWeight(bestWeight)
-        , bestScore(bestScore)
-        , stopWeight(searcher.m_stopWeight)
-        , bestWeightSeen(searcher.m_bestWeightSeen)
-    {
-    }
-
     template<bool HasTarget, bool HasPredicate>
-    void run(int start, bool isIn, int targetKey)
+    static void run(TovPathSearcher &s, TovPathSearchPlan &plan, int start, bool startIn, int targetKey,
+                    std::vector<int> &bestPath, int &bestWeightOut, int &bestScoreOut)
     {
-        if (!enter<HasTarget, HasPredicate>(start, isIn, targetKey))
-            return;
-        while (top > 0) {
+        const TovPathSearchPlan::Node *const nodes = plan.nodes.data();
+        const TovPathSearchPlan::Arc *const arcs = plan.arcs.data();
+        TovGraphNode *const *const graphNodes = plan.graphNodes.data();
+        unsigned char *const flags = plan.flags.data();
+        int *const path = plan.path.data();
+        int *const best = plan.best.data();
+        TovPathSearchPlan::Frame *const frames = plan.frames.data();
+        const int nodeCount = int(plan.nodes.size());
+        // Flags are read from this mirror. With a predicate they are written through to the
+        // nodes as well, where it may look at them; without one nothing can see them before
+        // the run has put every flag back.
+        for (int i = 0; i < nodeCount; ++i)
+            flags[i] = graphNodes[i]->getFlag() != 0;
+        const auto setFlag = [&](int index, int value) {
+            flags[index] = static_cast<unsigned char>(value);
+            if (HasPredicate)
+                graphNodes[index]->setFlag(value);
+        };
+
+        const TovPathSearcher::PathValidFunc &pathValid = s.m_pathValidFunc;
+        QElapsedTimer *timer = s.m_timer;
+        const qint64 timeout = s.m_timeout;
+        int depth = 0;
+        int top = 0;
+        // best[0, bestLength) is the path last recorded; path[0, unchanged) has not changed
+        // since, so a record copies only the rest.
+        int bestLength = 0;
+        int unchanged = 0;
+        bool recorded = false;
+        int curWeight = s.m_currentWeight;
+        int curScore = s.m_currentScore;
+        int bestWeight = bestWeightOut;
+        int bestScore = bestScoreOut;
+        int stopWeight = s.m_stopWeight;
+        int bestWeightSeen = s.m_bestWeightSeen;
+
+        const auto record = [&]() {
+            if (curWeight > bestWeight || (curWeight == bestWeight && curScore > bestScore)) {
+                std::copy(path + unchanged, path + depth, best + unchanged);
+                bestLength = depth;
+                unchanged = depth;
+                recorded = true;
+                bestWeight = curWeight;
+                bestScore = curScore;
+            }
+        };
+        const auto pop = [&](int weight) {
+            curWeight -= weight;
+            if (--depth < unchanged)
+                unchanged = depth;
+        };
+
+        // Entering a node (steps 1 to 4) happens inline below: entering is set with the node and
+        // side to enter; a node with edges to go on with becomes a frame, any other returns at once.
+        bool entering = true;
+        int enterIndex = start;
+        bool enterIn = startIn;
+        for (;;) {
+            if (entering) {
+                entering = false;
+                const TovPathSearchPlan::Node &node = nodes[enterIndex];
+                bool pushed = false; // became a frame
+                if (HasPredicate && !pathValid(node.key, enterIn)) {
+                    if (!HasTarget)
+                        record();
+                } else {
+                    path[depth++] = node.key;
+                    curWeight += node.weight;
+                    const int begin = node.arcs[enterIn];
+                    const int end = node.arcs[enterIn + 1];
+                    if (HasTarget ? node.key == targetKey : begin == end) {
+                        record();
+                        pop(node.weight);
+                    } else {
+                        frames[top++] = {begin, end, node.weight, 0, 0, false};
+                        pushed = true;
+                    }
+                }
+                if (!pushed) {
+                    if (top == 0)
+                        break;
+                    const TovPathSearchPlan::Frame &parent = frames[top - 1];
+                    setFlag(parent.followedFar, 0);
+                    curScore += parent.followedWeight;
+                }
+            }
             TovPathSearchPlan::Frame &frame = frames[top - 1];
-            bool descended = false;
-            while (frame.pos < frame.end) {
-                const TovPathSearchPlan::Arc &arc = arcs[frame.pos++];
-                TovGraphNode *far = nodes[arc.far].node;
-                if (far->getFlag() != 0)
+            int pos = frame.pos;
+            const int end = frame.end;
+            while (pos < end) {
+                const TovPathSearchPlan::Arc &arc = arcs[pos++];
+                const int far = arc.farSide >> 1;
+                if (flags[far] != 0)
                     continue;
-                timeCheck();
+                if (bestWeight > bestWeightSeen)
+                    bestWeightSeen = bestWeight;
+                // A best weight of exactly 1 never lets the limit fire: keep that exemption.
+                if (timer && bestWeightSeen >= 0 && bestWeightSeen != 1 && timer->elapsed() > timeout) {
+                    stopWeight = bestWeightSeen;
+                    delete timer;
+                    timer = nullptr;
+                    s.m_timer = nullptr;
+                }
                 if (bestWeight == stopWeight && bestScore > curScore - arc.weight)
                     continue;
                 frame.taken = true;
                 curScore -= arc.weight;
-                far->setFlag(1);
-                if (enter<HasTarget, HasPredicate>(arc.far, arc.goOnIn, targetKey)) {
-                    frame.pendingFar = arc.far;
-                    frame.pendingWeight = arc.weight;
-                    descended = true;
-                    break;
-                }
-                far->setFlag(0);
-                curScore += arc.weight;
+                setFlag(far, 1);
+                frame.followedFar = far;
+                frame.followedWeight = arc.weight;
+                entering = true;
+                enterIndex = far;
+                enterIn = arc.farSide & 1;
+                break;
             }
-            if (descended)
+            frame.pos = pos;
+            if (entering)
                 continue;
             if (!HasTarget && !frame.taken)
                 record();
-            curWeight -= nodes[frame.node].weight;
-            --depth;
-            if (--top > 0) {
-                const TovPathSearchPlan::Frame &parent = frames[top - 1];
-                nodes[parent.pendingFar].node->setFlag(0);
-                curScore += parent.pendingWeight;
-            }
+            pop(frame.weight);
+            if (--top == 0)
+                break;
+            const TovPathSearchPlan::Frame &parent = frames[top - 1];
+            setFlag(parent.followedFar, 0);
+            curScore += parent.followedWeight;
         }
-    }
 
-    // Hands the results back; bestPath changes only when something was recorded.
-    void finish(std::vector<int> &bestPath, int &outWeight, int &outScore)
-    {
         if (recorded)
             bestPath.assign(best, best + bestLength);
-        outWeight = bestWeight;
-        outScore = bestScore;
+        bestWeightOut = bestWeight;
+        bestScoreOut = bestScore;
         s.m_currentWeight = curWeight;
         s.m_currentScore = curScore;
         s.m_stopWeight = stopWeight;
         s.m_bestWeightSeen = bestWeightSeen;
     }
-
-private:
-    template<bool HasTarget, bool HasPredicate>
-    bool enter(int index, bool isIn, int targetKey)
-    {
-        const TovPathSearchPlan::Node &node = nodes[index];
-        if (HasPredicate && !s.m_pathValidFunc(node.key, isIn)) {
-            if (!HasTarget)
-                record();
-            return false;
-        }
-        path[depth++] = node.key;
-        curWeight += node.weight;
-        if (HasTarget && node.key == targetKey) {
-            record();
-            curWeight -= node.weight;
-            --depth;
-            return false;
-        }
-        const int begin = node.arcBegin[isIn];
-        const int end = node.arcEnd[isIn];
-        if (!HasTarget && begin == end) {
-            record();
-            curWeight -= node.weight;
-            --depth;
-            return false;
-        }
-        frames[top++] = {index, begin, end, -1, 0, false};
-        return true;
-    }
-
-    void record()
-    {
-        if (curWeight > bestWeight || (curWeight == bestWeight && curScore > bestScore)) {
-            std::copy(path, path + depth, best);
-            bestLength = depth;
-            recorded = true;
-            bestWeight = curWeight;
-            bestScore = curScore;
-        }
-    }
-
-    void timeCheck()
-    {
-        if (bestWeight > bestWeightSeen)
-            bestWeightSeen = bestWeight;
-        // A best weight of exactly 1 never lets the limit fire: keep that exemption.
-        if (bestWeightSeen < 0 || bestWeightSeen == 1 || !s.m_timer)
-            return;
-        if (s.m_timer->elapsed() > s.m_timeout) {
-            stopWeight = bestWeightSeen;
-            delete s.m_timer;
-            s.m_timer = nullptr;
-        }
-    }
-
-    TovPathSearcher &s;
-    const TovPathSearchPlan::Node *nodes;
-    const TovPathSearchPlan::Arc *arcs;
-    int *path;
-    int *best;
-    TovPathSearchPlan::Frame *frames;
-    int depth = 0;
-    int top = 0;
-    int bestLength = 0;
-    bool recorded = false;
-    int curWeight;
-    int curScore;
-    int bestWeight;
-    int bestScore;
-    int stopWeight;
-    int bestWeightSeen;
 };
 
 TovPathSearcher::TovPathSearcher() = default;
@@ -312,21 +359,17 @@ void TovPathSearcher::runSearch(TovPathSearchPlan &plan, std::vector<int> &bestP
 {
     if (!plan.contains(node))
         plan.build(node, m_keyPathCandidates);
-    const int start = plan.index.at(node);
-    TovPathSearchRun run(*this, plan, bestWeight, bestScore);
+    const int start = plan.indexOf(node);
+    const int targetKey = target ? target->getKey() : 0;
     const bool predicate = bool(m_pathValidFunc);
-    if (target) {
-        if (predicate)
-            run.run<true, true>(start, isIn, target->getKey());
-        else
-            run.run<true, false>(start, isIn, target->getKey());
-    } else {
-        if (predicate)
-            run.run<false, true>(start, isIn, 0);
-        else
-            run.run<false, false>(start, isIn, 0);
-    }
-    run.finish(bestPath, bestWeight, bestScore);
+    if (target && predicate)
+        TovPathSearchRun::run<true, true>(*this, plan, start, isIn, targetKey, bestPath, bestWeight, bestScore);
+    else if (target)
+        TovPathSearchRun::run<true, false>(*this, plan, start, isIn, targetKey, bestPath, bestWeight, bestScore);
+    else if (predicate)
+        TovPathSearchRun::run<false, true>(*this, plan, start, isIn, targetKey, bestPath, bestWeight, bestScore);
+    else
+        TovPathSearchRun::run<false, false>(*this, plan, start, isIn, targetKey, bestPath, bestWeight, bestScore);
 }
 
 void TovPathSearcher::searchPair(TovPathSearchPlan &plan, std::vector<int> &path, int &weight, TovGraphStruct *graph,

@@ -1,51 +1,55 @@
 #pragma once
 
 #include <set>
-#include <unordered_map>
 #include <vector>
 
 class TovGraphNode;
 
 // A compact, read-only image of the component searched: per node and side the edges that the
 // search follows, already filtered by the key path candidates and ordered by edge weight, so
-// that the depth-first search itself neither looks anything up nor allocates. Node flags stay
-// in the graph's nodes: callers and predicates see them as the search sets them.
+// that the depth-first search itself neither looks anything up nor allocates. Built once per
+// search call (and reused by the pairs of a key-list search), while the graph cannot change.
 class TovPathSearchPlan
 {
 public:
+    // Kept small: the search walks these arrays and little else.
     struct Arc
     {
-        int far; // index into nodes
+        int farSide; // index of the far node * 2 + the side (1 in) by which the search leaves it
         int weight;
-        bool goOnIn; // the side by which the search leaves the far node
     };
     struct Node
     {
-        TovGraphNode *node;
         int key;
         int weight;
-        int arcBegin[2]; // by side: [0] out, [1] in
-        int arcEnd[2];
+        int arcs[3]; // out side arcs [arcs[0], arcs[1]), in side arcs [arcs[1], arcs[2])
     };
+    // A node on the path with edges to go on with, and the edge it is following.
     struct Frame
     {
-        int node;
         int pos;
         int end;
-        int pendingFar;
-        int pendingWeight;
+        int weight;
+        int followedFar;
+        int followedWeight;
         bool taken;
     };
 
-    bool contains(const TovGraphNode *node) const { return index.count(node) != 0; }
+    TovPathSearchPlan();
+    bool contains(const TovGraphNode *node) const;
+    int indexOf(const TovGraphNode *node) const;
     // Collects the component of start (sides ignored) and prepares its arcs.
     void build(TovGraphNode *start, const std::set<int> &candidates);
 
     std::vector<Node> nodes;
+    std::vector<TovGraphNode *> graphNodes; // by the same index
     std::vector<Arc> arcs;
-    std::unordered_map<const TovGraphNode *, int> index;
     // Scratch of one run, sized for the longest simple path.
+    std::vector<unsigned char> flags; // non-zero flags, by node index
     std::vector<int> path;
     std::vector<int> best;
     std::vector<Frame> frames;
+
+private:
+    unsigned m_stamp; // marks the graph's nodes as members of this plan
 };
