@@ -61,6 +61,6 @@ private:
     int m_flag = 0;
     bool m_regionMark = false;
     // Scratch of the path searcher: this node's index in the search plan stamped planStamp.
-    unsigned m_planStamp = 0;
+    unsigned long long m_planStamp = 0;
     int m_planIndex = 0;
 };

@@ -28,20 +28,13 @@ inline bool goOnSide(const TovGraphEdge *edge, int key)
 
 namespace {
 
-std::atomic<unsigned> planStamps{0};
+std::atomic<unsigned long long> planStamps{0};
 
 } // namespace
 
-TovPathSearchPlan::TovPathSearchPlan()
-    : m_stamp(++planStamps)
-{
-    if (m_stamp == 0) // wrapped around: 0 is what fresh nodes carry
-        m_stamp = ++planStamps;
-}
-
 bool TovPathSearchPlan::contains(const TovGraphNode *node) const
 {
-    return !nodes.empty() && node->m_planStamp == m_stamp && node->m_planIndex < int(graphNodes.size())
+    return node->m_planStamp == m_stamp && node->m_planIndex < int(graphNodes.size())
            && graphNodes[node->m_planIndex] == node;
 }
 
@@ -50,15 +43,15 @@ int TovPathSearchPlan::indexOf(const TovGraphNode *node) const
     return node->m_planIndex;
 }
 
+void TovPathSearchPlan::clear()
+{
+    graphNodes.clear();
+}
+
 void TovPathSearchPlan::build(TovGraphNode *start, const std::set<int> &candidates)
 {
-    // A plan rebuilt for another component takes a fresh stamp, so nodes of the old one no
-    // longer count as members.
-    if (!nodes.empty()) {
-        m_stamp = ++planStamps;
-        if (m_stamp == 0)
-            m_stamp = ++planStamps;
-    }
+    // Every build takes a fresh stamp: nodes of an earlier image no longer count as members.
+    m_stamp = ++planStamps;
     nodes.clear();
     arcs.clear();
     graphNodes.clear();
@@ -70,7 +63,7 @@ void TovPathSearchPlan::build(TovGraphNode *start, const std::set<int> &candidat
         for (const bool isIn : {true, false}) {
             for (const auto &entry : node->side(isIn)) {
                 TovGraphNode *far = farNode(entry.second, node->getKey());
-                if (far->m_planStamp != m_stamp) {
+                if (!contains(far)) {
                     far->m_planStamp = m_stamp;
                     far->m_planIndex = int(graphNodes.size());
                     graphNodes.push_back(far);
@@ -185,16 +178,45 @@ public:
                 unchanged = depth;
         };
 
-        // Entering a node (steps 1 to 4) happens inline below: entering is set with the node and
-        // side to enter; a node with edges to go on with becomes a frame, any other returns at once.
-        bool entering = true;
+        // The current frame's scan position and end stay in registers; a frame's own copies are
+        // written when a child is entered and read back when the child's frame is popped.
+        // Entering a node (steps 1 to 4) has one site, the label enter, reached first for the
+        // start node and then for every edge taken.
+        TovPathSearchPlan::Frame *frame = nullptr;
+        int pos = 0;
+        int end = 0;
         int enterIndex = start;
         bool enterIn = startIn;
+        goto enter;
         for (;;) {
-            if (entering) {
-                entering = false;
+            while (pos < end) {
+                {
+                    const TovPathSearchPlan::Arc &arc = arcs[pos++];
+                    const int far = arc.farSide >> 1;
+                    if (flags[far] != 0)
+                        continue;
+                    if (bestWeight > bestWeightSeen)
+                        bestWeightSeen = bestWeight;
+                    // A best weight of exactly 1 never lets the limit fire: keep that exemption.
+                    if (timer && bestWeightSeen >= 0 && bestWeightSeen != 1 && timer->elapsed() > timeout) {
+                        stopWeight = bestWeightSeen;
+                        delete timer;
+                        timer = nullptr;
+                        s.m_timer = nullptr;
+                    }
+                    if (bestWeight == stopWeight && bestScore > curScore - arc.weight)
+                        continue;
+                    frame->taken = true;
+                    frame->pos = pos;
+                    frame->followedFar = far;
+                    frame->followedWeight = arc.weight;
+                    curScore -= arc.weight;
+                    setFlag(far, 1);
+                    enterIndex = far;
+                    enterIn = arc.farSide & 1;
+                }
+            enter : {
                 const TovPathSearchPlan::Node &node = nodes[enterIndex];
-                bool pushed = false; // became a frame
                 if (HasPredicate && !pathValid(node.key, enterIn)) {
                     if (!HasTarget)
                         record();
@@ -202,65 +224,36 @@ public:
                     path[depth++] = node.key;
                     curWeight += node.weight;
                     const int begin = node.arcs[enterIn];
-                    const int end = node.arcs[enterIn + 1];
-                    if (HasTarget ? node.key == targetKey : begin == end) {
-                        record();
-                        pop(node.weight);
-                    } else {
-                        frames[top++] = {begin, end, node.weight, 0, 0, false};
-                        pushed = true;
+                    const int stop = node.arcs[enterIn + 1];
+                    if (HasTarget ? node.key != targetKey : begin != stop) {
+                        frame = &frames[top++];
+                        *frame = {begin, stop, node.weight, 0, 0, false};
+                        pos = begin;
+                        end = stop;
+                        continue;
                     }
+                    record();
+                    pop(node.weight);
                 }
-                if (!pushed) {
-                    if (top == 0)
-                        break;
-                    const TovPathSearchPlan::Frame &parent = frames[top - 1];
-                    setFlag(parent.followedFar, 0);
-                    curScore += parent.followedWeight;
-                }
+                // Back at once: the current frame, whose scan goes on, is the parent.
+                if (top == 0)
+                    goto done;
+                setFlag(frame->followedFar, 0);
+                curScore += frame->followedWeight;
             }
-            TovPathSearchPlan::Frame &frame = frames[top - 1];
-            int pos = frame.pos;
-            const int end = frame.end;
-            while (pos < end) {
-                const TovPathSearchPlan::Arc &arc = arcs[pos++];
-                const int far = arc.farSide >> 1;
-                if (flags[far] != 0)
-                    continue;
-                if (bestWeight > bestWeightSeen)
-                    bestWeightSeen = bestWeight;
-                // A best weight of exactly 1 never lets the limit fire: keep that exemption.
-                if (timer && bestWeightSeen >= 0 && bestWeightSeen != 1 && timer->elapsed() > timeout) {
-                    stopWeight = bestWeightSeen;
-                    delete timer;
-                    timer = nullptr;
-                    s.m_timer = nullptr;
-                }
-                if (bestWeight == stopWeight && bestScore > curScore - arc.weight)
-                    continue;
-                frame.taken = true;
-                curScore -= arc.weight;
-                setFlag(far, 1);
-                frame.followedFar = far;
-                frame.followedWeight = arc.weight;
-                entering = true;
-                enterIndex = far;
-                enterIn = arc.farSide & 1;
-                break;
             }
-            frame.pos = pos;
-            if (entering)
-                continue;
-            if (!HasTarget && !frame.taken)
+            if (!HasTarget && !frame->taken)
                 record();
-            pop(frame.weight);
+            pop(frame->weight);
             if (--top == 0)
                 break;
-            const TovPathSearchPlan::Frame &parent = frames[top - 1];
-            setFlag(parent.followedFar, 0);
-            curScore += parent.followedWeight;
+            frame = &frames[top - 1];
+            setFlag(frame->followedFar, 0);
+            curScore += frame->followedWeight;
+            pos = frame->pos;
+            end = frame->end;
         }
-
+    done:
         if (recorded)
             bestPath.assign(best, best + bestLength);
         bestWeightOut = bestWeight;
@@ -350,8 +343,19 @@ void TovPathSearcher::simplifyEdges(TovGraphNode *node, std::vector<TovGraphEdge
 void TovPathSearcher::doSearchPath(std::vector<int> &bestPath, int &bestWeight, int &bestScore, TovGraphNode *node,
                                    TovGraphNode *target, const bool &isIn)
 {
-    TovPathSearchPlan plan;
-    runSearch(plan, bestPath, bestWeight, bestScore, node, target, isIn);
+    std::unique_ptr<TovPathSearchPlan> plan = takePlan();
+    runSearch(*plan, bestPath, bestWeight, bestScore, node, target, isIn);
+    m_plan = std::move(plan);
+}
+
+std::unique_ptr<TovPathSearchPlan> TovPathSearcher::takePlan()
+{
+    // Taken, not borrowed: a search started from inside a predicate gets a plan of its own.
+    std::unique_ptr<TovPathSearchPlan> plan = std::move(m_plan);
+    if (!plan)
+        plan.reset(new TovPathSearchPlan);
+    plan->clear();
+    return plan;
 }
 
 void TovPathSearcher::runSearch(TovPathSearchPlan &plan, std::vector<int> &bestPath, int &bestWeight,
@@ -401,8 +405,9 @@ void TovPathSearcher::searchPair(TovPathSearchPlan &plan, std::vector<int> &path
 void TovPathSearcher::searchPath(std::vector<int> &path, int &weight, TovGraphStruct *graph, const int &startKey,
                                  const int &endKey, const int &stopWeight)
 {
-    TovPathSearchPlan plan;
-    searchPair(plan, path, weight, graph, startKey, endKey, stopWeight);
+    std::unique_ptr<TovPathSearchPlan> plan = takePlan();
+    searchPair(*plan, path, weight, graph, startKey, endKey, stopWeight);
+    m_plan = std::move(plan);
 }
 
 void TovPathSearcher::searchPath(std::vector<int> &path, int &weight, TovGraphStruct *graph, const int &startKey,
@@ -412,7 +417,7 @@ void TovPathSearcher::searchPath(std::vector<int> &path, int &weight, TovGraphSt
     TovGraphNode *start = graph->findNode(startKey);
     if (!start)
         return;
-    TovPathSearchPlan plan;
+    std::unique_ptr<TovPathSearchPlan> plan = takePlan();
     std::vector<int> pathA;
     std::vector<int> pathB;
     int weightA = 0;
@@ -422,11 +427,12 @@ void TovPathSearcher::searchPath(std::vector<int> &path, int &weight, TovGraphSt
     start->setFlag(1);
     m_currentWeight = 0;
     m_currentScore = 0;
-    runSearch(plan, pathA, weightA, scoreA, start, nullptr, true);
+    runSearch(*plan, pathA, weightA, scoreA, start, nullptr, true);
     m_currentWeight = 0;
     m_currentScore = 0;
-    runSearch(plan, pathB, weightB, scoreB, start, nullptr, false);
+    runSearch(*plan, pathB, weightB, scoreB, start, nullptr, false);
     start->setFlag(0);
+    m_plan = std::move(plan);
 
     if (!bothWays) {
         if (weightA > weight && (weightA > weightB || (weightA == weightB && scoreA >= scoreB))) {
@@ -459,15 +465,18 @@ void TovPathSearcher::searchPath(const QList<int> &keys, std::vector<int> &path,
             m_keyPathCandidates = std::set<int>(keys.begin(), keys.end());
         int weight = 0;
         int stopWeight = keys.size();
-        TovPathSearchPlan plan;
+        std::unique_ptr<TovPathSearchPlan> plan = takePlan();
         for (int i = 0; i < keys.size(); ++i) {
             for (int j = i + 1; j < keys.size(); ++j) {
-                searchPair(plan, path, weight, graph, keys.at(i), keys.at(j), stopWeight);
+                searchPair(*plan, path, weight, graph, keys.at(i), keys.at(j), stopWeight);
                 stopWeight = m_stopWeight; // a timeout may have lowered it
-                if (weight == stopWeight)
+                if (weight == stopWeight) {
+                    m_plan = std::move(plan);
                     return weight != 0;
+                }
             }
         }
+        m_plan = std::move(plan);
         return weight != 0;
     };
     if (keys.size() >= 2 && searchPairs())

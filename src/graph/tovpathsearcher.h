@@ -5,6 +5,7 @@
 #include <QList>
 
 #include <functional>
+#include <memory>
 #include <set>
 #include <vector>
 
@@ -67,6 +68,7 @@ protected:
 private:
     friend class TovPathSearchRun;
 
+    std::unique_ptr<TovPathSearchPlan> takePlan();
     void searchPair(TovPathSearchPlan &plan, std::vector<int> &path, int &weight, TovGraphStruct *graph,
                     int startKey, int endKey, int stopWeight);
     void runSearch(TovPathSearchPlan &plan, std::vector<int> &bestPath, int &bestWeight, int &bestScore,
@@ -81,4 +83,5 @@ private:
     int m_timeout = 0;
     QElapsedTimer *m_timer = nullptr;
     int m_bestWeightSeen = 0;
+    std::unique_ptr<TovPathSearchPlan> m_plan; // storage kept for the next search, not copied
 };

@@ -8,7 +8,8 @@ class TovGraphNode;
 // A compact, read-only image of the component searched: per node and side the edges that the
 // search follows, already filtered by the key path candidates and ordered by edge weight, so
 // that the depth-first search itself neither looks anything up nor allocates. Built once per
-// search call (and reused by the pairs of a key-list search), while the graph cannot change.
+// search call (and reused by the pairs of a key-list search), while the graph cannot change;
+// the searcher keeps it between calls only for its storage.
 class TovPathSearchPlan
 {
 public:
@@ -35,9 +36,10 @@ public:
         bool taken;
     };
 
-    TovPathSearchPlan();
     bool contains(const TovGraphNode *node) const;
     int indexOf(const TovGraphNode *node) const;
+    // Empties the image, keeping the storage for the next build.
+    void clear();
     // Collects the component of start (sides ignored) and prepares its arcs.
     void build(TovGraphNode *start, const std::set<int> &candidates);
 
@@ -51,5 +53,5 @@ public:
     std::vector<Frame> frames;
 
 private:
-    unsigned m_stamp; // marks the graph's nodes as members of this plan
+    unsigned long long m_stamp = 0; // marks the graph's nodes as members of this image
 };
