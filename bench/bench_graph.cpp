@@ -52,11 +52,11 @@ Network grid(int width, int height)
         for (int c = 0; c < width; ++c) {
             net.keys.push_back(key(r, c));
             if (c + 1 < width)
-                net.edges.push_back({key(r, c), key(r, c + 1), inSide(r, c, 1), inSide(r, c + 1, 0),
-                                     1 + (r * 7 + c * 3) % 4});
+                net.edges.push_back({ key(r, c), key(r, c + 1), inSide(r, c, 1), inSide(r, c + 1, 0),
+                    1 + (r * 7 + c * 3) % 4 });
             if (r + 1 < height)
-                net.edges.push_back({key(r, c), key(r + 1, c), inSide(r, c, 3), inSide(r + 1, c, 2),
-                                     1 + (r * 5 + c * 11) % 4});
+                net.edges.push_back({ key(r, c), key(r + 1, c), inSide(r, c, 3), inSide(r + 1, c, 2),
+                    1 + (r * 5 + c * 11) % 4 });
         }
     }
     return net;
@@ -72,9 +72,9 @@ Network ladder(int rungs)
         for (int rail = 0; rail < 2; ++rail) {
             net.keys.push_back(key(rail, i));
             if (i + 1 < rungs)
-                net.edges.push_back({key(rail, i), key(rail, i + 1), false, true, 1 + (i + rail) % 3});
+                net.edges.push_back({ key(rail, i), key(rail, i + 1), false, true, 1 + (i + rail) % 3 });
         }
-        net.edges.push_back({key(0, i), key(1, i), true, true, 2});
+        net.edges.push_back({ key(0, i), key(1, i), true, true, 2 });
     }
     return net;
 }
@@ -95,7 +95,12 @@ void fill(const Network &net, ref::Graph &graph)
         graph.addEdge(e.key1, e.key2, e.in1, e.in2)->weight = e.weight;
 }
 
-enum class Entry { TwoNode, KeyList, OneNode };
+enum class Entry
+{
+    TwoNode,
+    KeyList,
+    OneNode
+};
 
 struct Scenario
 {
@@ -138,7 +143,8 @@ long long stepsOf(const Scenario &s)
 
 void report(benchmark::State &state, long long steps)
 {
-    state.counters["steps"] = benchmark::Counter(double(steps), benchmark::Counter::kIsIterationInvariantRate);
+    state.counters["steps"]
+        = benchmark::Counter(double(steps), benchmark::Counter::kIsIterationInvariantRate);
     state.SetItemsProcessed(state.iterations() * steps);
 }
 
@@ -169,28 +175,28 @@ void benchReference(benchmark::State &state, const Scenario &s)
 
 Scenario twoNodeGrid(int n)
 {
-    return {grid(n, n), Entry::TwoNode, 1, n * n, {}};
+    return { grid(n, n), Entry::TwoNode, 1, n * n, {} };
 }
 
 Scenario keyListGrid(int n)
 {
     // The four corners and the centre, the keys a caller wants covered.
-    return {grid(n, n), Entry::KeyList, 0, 0, {1, n, (n / 2) * n + n / 2 + 1, n * (n - 1) + 1, n * n}};
+    return { grid(n, n), Entry::KeyList, 0, 0, { 1, n, (n / 2) * n + n / 2 + 1, n * (n - 1) + 1, n * n } };
 }
 
 Scenario oneNodeLadder(int rungs)
 {
-    return {ladder(rungs), Entry::OneNode, rungs / 2 + 1, 0, {}};
+    return { ladder(rungs), Entry::OneNode, rungs / 2 + 1, 0, {} };
 }
 
 void registerCase(const char *name, const Scenario &s)
 {
-    benchmark::RegisterBenchmark((std::string(name) + "/tov").c_str(),
-                                 [s](benchmark::State &state) { benchTov(state, s); })
-        ->Unit(benchmark::kMillisecond);
-    benchmark::RegisterBenchmark((std::string(name) + "/reference").c_str(),
-                                 [s](benchmark::State &state) { benchReference(state, s); })
-        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark((std::string(name) + "/tov").c_str(), [s](benchmark::State &state) {
+        benchTov(state, s);
+    })->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark((std::string(name) + "/reference").c_str(), [s](benchmark::State &state) {
+        benchReference(state, s);
+    })->Unit(benchmark::kMillisecond);
 }
 
 } // namespace

@@ -8,8 +8,8 @@ using EdgeEntry = std::pair<int, TovGraphEdge *>;
 
 std::vector<EdgeEntry>::const_iterator lowerBound(const std::vector<EdgeEntry> &map, int key)
 {
-    return std::lower_bound(map.begin(), map.end(), key,
-                            [](const EdgeEntry &entry, int k) { return entry.first < k; });
+    return std::lower_bound(
+        map.begin(), map.end(), key, [](const EdgeEntry &entry, int k) { return entry.first < k; });
 }
 
 TovGraphEdge *lookup(const std::vector<EdgeEntry> &map, int key)
@@ -22,8 +22,7 @@ TovGraphEdge *lookup(const std::vector<EdgeEntry> &map, int key)
 
 TovGraphNode::TovGraphNode(const int &key)
     : m_key(key)
-{
-}
+{ }
 
 TovGraphNode::~TovGraphNode() = default;
 

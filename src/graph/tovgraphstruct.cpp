@@ -11,8 +11,7 @@
 
 TovGraphStruct::TovGraphStruct()
     : d(new TovGraphStructPrivate)
-{
-}
+{ }
 
 TovGraphStruct::TovGraphStruct(const TovGraphStruct &other)
     : d(new TovGraphStructPrivate)
@@ -43,7 +42,7 @@ void TovGraphStruct::copyFrom(const TovGraphStruct &other)
     }
     for (const TovGraphEdge *source : other.d->edges) {
         TovGraphEdge *edge = addEdge(source->getNode1()->getKey(), source->getNode2()->getKey(),
-                                     source->IsInEdge1(), source->IsInEdge2());
+            source->IsInEdge1(), source->IsInEdge2());
         edge->setWeight(source->getWeight());
         edge->setData(source->data());
     }
@@ -111,7 +110,7 @@ void TovGraphStruct::removeNode(const int &key)
         return;
     TovGraphNode *node = it->second;
     std::unordered_set<TovGraphEdge *> doomed;
-    for (const bool isIn : {true, false}) {
+    for (const bool isIn : { true, false }) {
         for (const auto &entry : node->side(isIn)) {
             TovGraphEdge *edge = entry.second;
             doomed.insert(edge);
@@ -121,8 +120,8 @@ void TovGraphStruct::removeNode(const int &key)
     }
     // One pass over the edge list keeps removal linear for nodes of high degree.
     d->edges.erase(std::remove_if(d->edges.begin(), d->edges.end(),
-                                  [&doomed](TovGraphEdge *edge) { return doomed.count(edge) != 0; }),
-                   d->edges.end());
+                       [&doomed](TovGraphEdge *edge) { return doomed.count(edge) != 0; }),
+        d->edges.end());
     for (TovGraphEdge *edge : doomed)
         delete edge;
     d->nodes.erase(it);
@@ -191,7 +190,7 @@ void TovGraphStruct::searchRelationNode(TovGraphNode *node, QList<TovGraphNode *
         std::size_t next;
     };
     std::vector<Frame> stack;
-    stack.push_back({node, true, 0});
+    stack.push_back({ node, true, 0 });
     while (!stack.empty()) {
         Frame &frame = stack.back();
         const auto &side = frame.node->side(frame.isIn);
@@ -209,7 +208,7 @@ void TovGraphStruct::searchRelationNode(TovGraphNode *node, QList<TovGraphNode *
         if (!neighbour->isRegionMarked()) {
             neighbour->setRegionMarked(true);
             list.append(neighbour);
-            stack.push_back({neighbour, true, 0});
+            stack.push_back({ neighbour, true, 0 });
         }
     }
 }
@@ -252,8 +251,9 @@ void TovGraphStruct::saveToFile(const QString &filePath) const
     file.resize(0);
     QTextStream stream(&file);
     const auto writeEdges = [&stream](const TovGraphNode *node, bool isIn) {
-        const QString form = isIn ? QStringLiteral("InEdge:Key1=%1,Key2=%2,IsInEdge1=%3,IsInEdge2=%4,Weight=%5")
-                                  : QStringLiteral("OutEdge:Key1=%1,Key2=%2,IsInEdge1=%3,IsInEdge2=%4,Weight=%5");
+        const QString form = isIn
+            ? QStringLiteral("InEdge:Key1=%1,Key2=%2,IsInEdge1=%3,IsInEdge2=%4,Weight=%5")
+            : QStringLiteral("OutEdge:Key1=%1,Key2=%2,IsInEdge1=%3,IsInEdge2=%4,Weight=%5");
         for (const auto &entry : node->side(isIn)) {
             const TovGraphEdge *edge = entry.second;
             stream << form.arg(edge->getNode1()->getKey())
@@ -266,7 +266,8 @@ void TovGraphStruct::saveToFile(const QString &filePath) const
     };
     for (const auto &entry : d->nodes) {
         const TovGraphNode *node = entry.second;
-        stream << QStringLiteral("Node:Key=%1,Weight=%2").arg(node->getKey()).arg(node->getWeight()) << Qt::endl;
+        stream << QStringLiteral("Node:Key=%1,Weight=%2").arg(node->getKey()).arg(node->getWeight())
+               << Qt::endl;
         writeEdges(node, true);
         writeEdges(node, false);
         stream << QString(50, QLatin1Char('*')) << Qt::endl;
@@ -278,8 +279,8 @@ TovGraphNode *TovGraphStruct::newNode(const int &key)
     return new TovGraphNode(key);
 }
 
-TovGraphEdge *TovGraphStruct::newEdge(TovGraphNode *node1, TovGraphNode *node2, const bool &isIn1,
-                                      const bool &isIn2)
+TovGraphEdge *TovGraphStruct::newEdge(
+    TovGraphNode *node1, TovGraphNode *node2, const bool &isIn1, const bool &isIn2)
 {
     return new TovGraphEdge(node1, node2, isIn1, isIn2);
 }

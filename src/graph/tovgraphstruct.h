@@ -60,8 +60,8 @@ public:
 
 protected:
     virtual TovGraphNode *newNode(const int &key);
-    virtual TovGraphEdge *newEdge(TovGraphNode *node1, TovGraphNode *node2, const bool &isIn1,
-                                  const bool &isIn2);
+    virtual TovGraphEdge *newEdge(
+        TovGraphNode *node1, TovGraphNode *node2, const bool &isIn1, const bool &isIn2);
     QList<QList<int>> doBuildGroupKeys(QMap<int, int> keys);
 
 private:

@@ -28,14 +28,14 @@ inline bool goOnSide(const TovGraphEdge *edge, int key)
 
 namespace {
 
-std::atomic<unsigned long long> planStamps{0};
+std::atomic<unsigned long long> planStamps { 0 };
 
 } // namespace
 
 bool TovPathSearchPlan::contains(const TovGraphNode *node) const
 {
     return node->m_planStamp == m_stamp && node->m_planIndex < int(graphNodes.size())
-           && graphNodes[node->m_planIndex] == node;
+        && graphNodes[node->m_planIndex] == node;
 }
 
 int TovPathSearchPlan::indexOf(const TovGraphNode *node) const
@@ -60,7 +60,7 @@ void TovPathSearchPlan::build(TovGraphNode *start, const std::set<int> &candidat
     start->m_planIndex = 0;
     for (std::size_t head = 0; head < graphNodes.size(); ++head) {
         const TovGraphNode *node = graphNodes[head];
-        for (const bool isIn : {true, false}) {
+        for (const bool isIn : { true, false }) {
             for (const auto &entry : node->side(isIn)) {
                 TovGraphNode *far = farNode(entry.second, node->getKey());
                 if (!contains(far)) {
@@ -78,7 +78,7 @@ void TovPathSearchPlan::build(TovGraphNode *start, const std::set<int> &candidat
         Node &entry = nodes[i];
         entry.key = node->getKey();
         entry.weight = node->getWeight();
-        for (const bool isIn : {false, true}) {
+        for (const bool isIn : { false, true }) {
             edges.clear();
             const auto &side = node->side(isIn);
             bool anyCandidate = false;
@@ -105,8 +105,8 @@ void TovPathSearchPlan::build(TovGraphNode *start, const std::set<int> &candidat
             }
             entry.arcs[isIn] = int(arcs.size());
             for (const TovGraphEdge *edge : edges)
-                arcs.push_back({farNode(edge, entry.key)->m_planIndex * 2 + int(goOnSide(edge, entry.key)),
-                                edge->getWeight()});
+                arcs.push_back({ farNode(edge, entry.key)->m_planIndex * 2 + int(goOnSide(edge, entry.key)),
+                    edge->getWeight() });
         }
         entry.arcs[2] = int(arcs.size());
     }
@@ -124,7 +124,7 @@ class TovPathSearchRun
 public:
     template<bool HasTarget, bool HasPredicate>
     static void run(TovPathSearcher &s, TovPathSearchPlan &plan, int start, bool startIn, int targetKey,
-                    std::vector<int> &bestPath, int &bestWeightOut, int &bestScoreOut)
+        std::vector<int> &bestPath, int &bestWeightOut, int &bestScoreOut)
     {
         const TovPathSearchPlan::Node *const nodes = plan.nodes.data();
         const TovPathSearchPlan::Arc *const arcs = plan.arcs.data();
@@ -180,43 +180,17 @@ public:
 
         // The current frame's scan position and end stay in registers; a frame's own copies are
         // written when a child is entered and read back when the child's frame is popped.
-        // Entering a node (steps 1 to 4) has one site, the label enter, reached first for the
-        // start node and then for every edge taken.
         TovPathSearchPlan::Frame *frame = nullptr;
         int pos = 0;
         int end = 0;
+        bool entering = true; // steps 1 to 4 for enterIndex, left by side enterIn
         int enterIndex = start;
         bool enterIn = startIn;
-        goto enter;
         for (;;) {
-            while (pos < end) {
-                {
-                    const TovPathSearchPlan::Arc &arc = arcs[pos++];
-                    const int far = arc.farSide >> 1;
-                    if (flags[far] != 0)
-                        continue;
-                    if (bestWeight > bestWeightSeen)
-                        bestWeightSeen = bestWeight;
-                    // A best weight of exactly 1 never lets the limit fire: keep that exemption.
-                    if (timer && bestWeightSeen >= 0 && bestWeightSeen != 1 && timer->elapsed() > timeout) {
-                        stopWeight = bestWeightSeen;
-                        delete timer;
-                        timer = nullptr;
-                        s.m_timer = nullptr;
-                    }
-                    if (bestWeight == stopWeight && bestScore > curScore - arc.weight)
-                        continue;
-                    frame->taken = true;
-                    frame->pos = pos;
-                    frame->followedFar = far;
-                    frame->followedWeight = arc.weight;
-                    curScore -= arc.weight;
-                    setFlag(far, 1);
-                    enterIndex = far;
-                    enterIn = arc.farSide & 1;
-                }
-            enter : {
+            if (entering) {
+                entering = false;
                 const TovPathSearchPlan::Node &node = nodes[enterIndex];
+                bool framed = false;
                 if (HasPredicate && !pathValid(node.key, enterIn)) {
                     if (!HasTarget)
                         record();
@@ -227,21 +201,52 @@ public:
                     const int stop = node.arcs[enterIn + 1];
                     if (HasTarget ? node.key != targetKey : begin != stop) {
                         frame = &frames[top++];
-                        *frame = {begin, stop, node.weight, 0, 0, false};
+                        *frame = { begin, stop, node.weight, 0, 0, false };
                         pos = begin;
                         end = stop;
-                        continue;
+                        framed = true;
+                    } else {
+                        record();
+                        pop(node.weight);
                     }
-                    record();
-                    pop(node.weight);
                 }
-                // Back at once: the current frame, whose scan goes on, is the parent.
-                if (top == 0)
-                    goto done;
-                setFlag(frame->followedFar, 0);
-                curScore += frame->followedWeight;
+                if (!framed) {
+                    // Back at once: the current frame, whose scan goes on, is the parent.
+                    if (top == 0)
+                        break;
+                    setFlag(frame->followedFar, 0);
+                    curScore += frame->followedWeight;
+                }
             }
+            while (pos < end) {
+                const TovPathSearchPlan::Arc &arc = arcs[pos++];
+                const int far = arc.farSide >> 1;
+                if (flags[far] != 0)
+                    continue;
+                if (bestWeight > bestWeightSeen)
+                    bestWeightSeen = bestWeight;
+                // A best weight of exactly 1 never lets the limit fire: keep that exemption.
+                if (timer && bestWeightSeen >= 0 && bestWeightSeen != 1 && timer->elapsed() > timeout) {
+                    stopWeight = bestWeightSeen;
+                    delete timer;
+                    timer = nullptr;
+                    s.m_timer = nullptr;
+                }
+                if (bestWeight == stopWeight && bestScore > curScore - arc.weight)
+                    continue;
+                frame->taken = true;
+                frame->pos = pos;
+                frame->followedFar = far;
+                frame->followedWeight = arc.weight;
+                curScore -= arc.weight;
+                setFlag(far, 1);
+                entering = true;
+                enterIndex = far;
+                enterIn = arc.farSide & 1;
+                break;
             }
+            if (entering)
+                continue;
             if (!HasTarget && !frame->taken)
                 record();
             pop(frame->weight);
@@ -253,7 +258,7 @@ public:
             pos = frame->pos;
             end = frame->end;
         }
-    done:
+
         if (recorded)
             bestPath.assign(best, best + bestLength);
         bestWeightOut = bestWeight;
@@ -276,8 +281,7 @@ TovPathSearcher::TovPathSearcher(const TovPathSearcher &other)
     , m_timeout(other.m_timeout)
     , m_timer(other.m_timer ? new QElapsedTimer(*other.m_timer) : nullptr)
     , m_bestWeightSeen(other.m_bestWeightSeen)
-{
-}
+{ }
 
 TovPathSearcher &TovPathSearcher::operator=(const TovPathSearcher &other)
 {
@@ -336,12 +340,13 @@ void TovPathSearcher::simplifyEdges(TovGraphNode *node, std::vector<TovGraphEdge
         return m_keyPathCandidates.count(farNode(edge, key)->getKey()) != 0;
     };
     if (std::any_of(edges.begin(), edges.end(), isCandidate))
-        edges.erase(std::remove_if(edges.begin(), edges.end(), [&](const TovGraphEdge *e) { return !isCandidate(e); }),
-                    edges.end());
+        edges.erase(std::remove_if(
+                        edges.begin(), edges.end(), [&](const TovGraphEdge *e) { return !isCandidate(e); }),
+            edges.end());
 }
 
-void TovPathSearcher::doSearchPath(std::vector<int> &bestPath, int &bestWeight, int &bestScore, TovGraphNode *node,
-                                   TovGraphNode *target, const bool &isIn)
+void TovPathSearcher::doSearchPath(std::vector<int> &bestPath, int &bestWeight, int &bestScore,
+    TovGraphNode *node, TovGraphNode *target, const bool &isIn)
 {
     std::unique_ptr<TovPathSearchPlan> plan = takePlan();
     runSearch(*plan, bestPath, bestWeight, bestScore, node, target, isIn);
@@ -359,7 +364,7 @@ std::unique_ptr<TovPathSearchPlan> TovPathSearcher::takePlan()
 }
 
 void TovPathSearcher::runSearch(TovPathSearchPlan &plan, std::vector<int> &bestPath, int &bestWeight,
-                                int &bestScore, TovGraphNode *node, TovGraphNode *target, bool isIn)
+    int &bestScore, TovGraphNode *node, TovGraphNode *target, bool isIn)
 {
     if (!plan.contains(node))
         plan.build(node, m_keyPathCandidates);
@@ -367,17 +372,21 @@ void TovPathSearcher::runSearch(TovPathSearchPlan &plan, std::vector<int> &bestP
     const int targetKey = target ? target->getKey() : 0;
     const bool predicate = bool(m_pathValidFunc);
     if (target && predicate)
-        TovPathSearchRun::run<true, true>(*this, plan, start, isIn, targetKey, bestPath, bestWeight, bestScore);
+        TovPathSearchRun::run<true, true>(
+            *this, plan, start, isIn, targetKey, bestPath, bestWeight, bestScore);
     else if (target)
-        TovPathSearchRun::run<true, false>(*this, plan, start, isIn, targetKey, bestPath, bestWeight, bestScore);
+        TovPathSearchRun::run<true, false>(
+            *this, plan, start, isIn, targetKey, bestPath, bestWeight, bestScore);
     else if (predicate)
-        TovPathSearchRun::run<false, true>(*this, plan, start, isIn, targetKey, bestPath, bestWeight, bestScore);
+        TovPathSearchRun::run<false, true>(
+            *this, plan, start, isIn, targetKey, bestPath, bestWeight, bestScore);
     else
-        TovPathSearchRun::run<false, false>(*this, plan, start, isIn, targetKey, bestPath, bestWeight, bestScore);
+        TovPathSearchRun::run<false, false>(
+            *this, plan, start, isIn, targetKey, bestPath, bestWeight, bestScore);
 }
 
-void TovPathSearcher::searchPair(TovPathSearchPlan &plan, std::vector<int> &path, int &weight, TovGraphStruct *graph,
-                                 int startKey, int endKey, int stopWeight)
+void TovPathSearcher::searchPair(TovPathSearchPlan &plan, std::vector<int> &path, int &weight,
+    TovGraphStruct *graph, int startKey, int endKey, int stopWeight)
 {
     m_currentWeight = 0;
     m_currentScore = 0;
@@ -402,16 +411,16 @@ void TovPathSearcher::searchPair(TovPathSearchPlan &plan, std::vector<int> &path
     start->setFlag(0);
 }
 
-void TovPathSearcher::searchPath(std::vector<int> &path, int &weight, TovGraphStruct *graph, const int &startKey,
-                                 const int &endKey, const int &stopWeight)
+void TovPathSearcher::searchPath(std::vector<int> &path, int &weight, TovGraphStruct *graph,
+    const int &startKey, const int &endKey, const int &stopWeight)
 {
     std::unique_ptr<TovPathSearchPlan> plan = takePlan();
     searchPair(*plan, path, weight, graph, startKey, endKey, stopWeight);
     m_plan = std::move(plan);
 }
 
-void TovPathSearcher::searchPath(std::vector<int> &path, int &weight, TovGraphStruct *graph, const int &startKey,
-                                 const bool &bothWays)
+void TovPathSearcher::searchPath(
+    std::vector<int> &path, int &weight, TovGraphStruct *graph, const int &startKey, const bool &bothWays)
 {
     m_stopWeight = INT_MAX;
     TovGraphNode *start = graph->findNode(startKey);
@@ -456,8 +465,8 @@ void TovPathSearcher::searchPath(std::vector<int> &path, int &weight, TovGraphSt
     weight = joined;
 }
 
-void TovPathSearcher::searchPath(const QList<int> &keys, std::vector<int> &path, TovGraphStruct *graph,
-                                 bool keysAreCandidates)
+void TovPathSearcher::searchPath(
+    const QList<int> &keys, std::vector<int> &path, TovGraphStruct *graph, bool keysAreCandidates)
 {
     // True when a pair search found a path worth keeping; false leads to the fallback.
     const auto searchPairs = [&]() {
@@ -485,15 +494,15 @@ void TovPathSearcher::searchPath(const QList<int> &keys, std::vector<int> &path,
         path.push_back(keys.first());
 }
 
-void TovPathSearcher::searchPathByRegion(const QList<int> &keys, std::vector<int> &path, TovGraphStruct *graph,
-                                         bool keysAreCandidates)
+void TovPathSearcher::searchPathByRegion(
+    const QList<int> &keys, std::vector<int> &path, TovGraphStruct *graph, bool keysAreCandidates)
 {
     if (keys.isEmpty())
         return;
     if (keys.size() >= 2) {
         QList<QList<int>> groups = graph->buildGroupKeys(keys);
         std::stable_sort(groups.begin(), groups.end(),
-                         [](const QList<int> &a, const QList<int> &b) { return a.size() > b.size(); });
+            [](const QList<int> &a, const QList<int> &b) { return a.size() > b.size(); });
         for (const QList<int> &group : qAsConst(groups)) {
             if (group.size() <= 1)
                 continue;

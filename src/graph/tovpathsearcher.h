@@ -40,25 +40,25 @@ public:
     // or an equally heavy one with a smaller edge sum than any found in this call. Missing
     // nodes leave them untouched. Once stopWeight is reached only cheaper paths are searched.
     void searchPath(std::vector<int> &path, int &weight, TovGraphStruct *graph, const int &startKey,
-                    const int &endKey, const int &stopWeight);
+        const int &endKey, const int &stopWeight);
     // Best path starting at startKey and running as far as it can; with bothWays, the best path
     // through startKey in both directions. Replaces path and weight only by a heavier path.
     void searchPath(std::vector<int> &path, int &weight, TovGraphStruct *graph, const int &startKey,
-                    const bool &bothWays);
+        const bool &bothWays);
     // A path covering as many of keys as possible (node weights 1 on the wanted nodes); falls
     // back to keys' first key. With keysAreCandidates the keys become the key path candidates.
     // path is appended to, not cleared: pass it empty.
-    void searchPath(const QList<int> &keys, std::vector<int> &path, TovGraphStruct *graph,
-                    bool keysAreCandidates);
+    void searchPath(
+        const QList<int> &keys, std::vector<int> &path, TovGraphStruct *graph, bool keysAreCandidates);
     // The same, on the largest group of keys sharing a region that yields a path.
-    void searchPathByRegion(const QList<int> &keys, std::vector<int> &path, TovGraphStruct *graph,
-                            bool keysAreCandidates);
+    void searchPathByRegion(
+        const QList<int> &keys, std::vector<int> &path, TovGraphStruct *graph, bool keysAreCandidates);
 
 protected:
     // The depth-first search from node, leaving it by side isIn, towards target (or as far as it
     // can when target is null), recording into bestPath, bestWeight and bestScore.
     void doSearchPath(std::vector<int> &bestPath, int &bestWeight, int &bestScore, TovGraphNode *node,
-                      TovGraphNode *target, const bool &isIn);
+        TovGraphNode *target, const bool &isIn);
     bool pathValid(const int &key, const bool &isIn) const;
     // Whether an edge of that side leads to a key path candidate.
     bool existAdjacentKey(TovGraphNode *node, const bool &isIn) const;
@@ -70,9 +70,9 @@ private:
 
     std::unique_ptr<TovPathSearchPlan> takePlan();
     void searchPair(TovPathSearchPlan &plan, std::vector<int> &path, int &weight, TovGraphStruct *graph,
-                    int startKey, int endKey, int stopWeight);
+        int startKey, int endKey, int stopWeight);
     void runSearch(TovPathSearchPlan &plan, std::vector<int> &bestPath, int &bestWeight, int &bestScore,
-                   TovGraphNode *node, TovGraphNode *target, bool isIn);
+        TovGraphNode *node, TovGraphNode *target, bool isIn);
 
     std::set<int> m_keyPathCandidates;
     // The path stack itself lives in the search plan, sized once per search.

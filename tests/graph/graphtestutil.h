@@ -32,7 +32,7 @@ inline QStringList buildGraph(TovGraphStruct &graph, const QString &text)
             continue;
         }
         TovGraphEdge *edge = graph.addEdge(m.captured(1).toInt(), m.captured(3).toInt(),
-                                           m.captured(2) == QLatin1String("i"), m.captured(4) == QLatin1String("i"));
+            m.captured(2) == QLatin1String("i"), m.captured(4) == QLatin1String("i"));
         if (!edge) {
             answers << QStringLiteral("null");
             continue;

@@ -33,8 +33,7 @@ struct Node
 {
     explicit Node(int k)
         : key(k)
-    {
-    }
+    { }
     int key;
     std::map<int, Edge *> inEdges;
     std::map<int, Edge *> outEdges;
@@ -81,7 +80,7 @@ public:
         auto existing = n1->side(isIn1).find(key2);
         if (existing != n1->side(isIn1).end())
             return existing->second;
-        auto edge = std::make_unique<Edge>(Edge{n1, n2, isIn1, isIn2});
+        auto edge = std::make_unique<Edge>(Edge { n1, n2, isIn1, isIn2 });
         const bool ok1 = n1->addEdge(key2, edge.get(), isIn1);
         const bool ok2 = n2->addEdge(key1, edge.get(), isIn2);
         if (ok1 && ok2) {
@@ -105,7 +104,7 @@ public:
             if (node->regionMark)
                 continue;
             node->regionMark = true;
-            QList<Node *> list{node};
+            QList<Node *> list { node };
             searchRelationNode(node, list);
             result.append(list);
         }
@@ -113,7 +112,7 @@ public:
     }
     void searchRelationNode(Node *node, QList<Node *> &list)
     {
-        for (bool isIn : {true, false}) {
+        for (bool isIn : { true, false }) {
             for (const auto &entry : node->side(isIn)) {
                 Node *next = findNode(entry.first);
                 if (!next->regionMark) {
@@ -258,14 +257,15 @@ public:
             path.push_back(keys[0]);
     }
 
-    void searchPathByRegion(const QList<int> &keys, std::vector<int> &path, Graph *graph, bool keysAreCandidates)
+    void searchPathByRegion(
+        const QList<int> &keys, std::vector<int> &path, Graph *graph, bool keysAreCandidates)
     {
         if (keys.isEmpty())
             return;
         if (keys.size() >= 2) {
             QList<QList<int>> groups = graph->buildGroupKeys(keys);
             std::stable_sort(groups.begin(), groups.end(),
-                             [](const QList<int> &x, const QList<int> &y) { return x.size() > y.size(); });
+                [](const QList<int> &x, const QList<int> &y) { return x.size() > y.size(); });
             for (const QList<int> &group : groups) {
                 if (group.size() > 1) {
                     searchPath(group, path, graph, keysAreCandidates);
@@ -314,8 +314,8 @@ private:
             edges = kept;
     }
 
-    void doSearchPath(std::vector<int> &bestPath, int &bestWeight, int &bestScore, Node *node, Node *target,
-                      bool isIn)
+    void doSearchPath(
+        std::vector<int> &bestPath, int &bestWeight, int &bestScore, Node *node, Node *target, bool isIn)
     {
         ++steps;
         // 1

@@ -19,7 +19,10 @@ QString shape(const TovGraphStruct &graph)
             in << QString::number(k);
         for (int k : node->getKeys(false))
             out << QString::number(k);
-        parts << QStringLiteral("%1:in[%2]out[%3]").arg(node->getKey()).arg(in.join(QLatin1Char(','))).arg(out.join(QLatin1Char(',')));
+        parts << QStringLiteral("%1:in[%2]out[%3]")
+                     .arg(node->getKey())
+                     .arg(in.join(QLatin1Char(',')))
+                     .arg(out.join(QLatin1Char(',')));
     }
     return parts.join(QLatin1Char(' '));
 }
@@ -118,21 +121,22 @@ void TestTovGraphStruct::addEdge_data()
     QTest::addColumn<int>("edgeCount");
 
     QTest::newRow("same edge twice returns the existing one")
-        << "1i-2o 1i-2o" << QStringList{"new", "same"} << "1:in[2]out[] 2:in[]out[1]" << 1;
+        << "1i-2o 1i-2o" << QStringList { "new", "same" } << "1:in[2]out[] 2:in[]out[1]" << 1;
     QTest::newRow("existing edge found by key 1's side, key 2's side ignored")
-        << "1i-2o 1i-2i" << QStringList{"new", "same"} << "1:in[2]out[] 2:in[]out[1]" << 1;
+        << "1i-2o 1i-2i" << QStringList { "new", "same" } << "1:in[2]out[] 2:in[]out[1]" << 1;
     QTest::newRow("same neighbour on key 1's other side is refused")
-        << "1i-2o 1o-2o" << QStringList{"new", "null"} << "1:in[2]out[] 2:in[]out[1]" << 1;
+        << "1i-2o 1o-2o" << QStringList { "new", "null" } << "1:in[2]out[] 2:in[]out[1]" << 1;
     QTest::newRow("reverse direction from the same side of key 2 finds the existing edge")
-        << "1i-2o 2o-1i" << QStringList{"new", "same"} << "1:in[2]out[] 2:in[]out[1]" << 1;
+        << "1i-2o 2o-1i" << QStringList { "new", "same" } << "1:in[2]out[] 2:in[]out[1]" << 1;
     QTest::newRow("reverse direction from key 2's other side is refused")
-        << "1i-2o 2i-1i" << QStringList{"new", "null"} << "1:in[2]out[] 2:in[]out[1]" << 1;
+        << "1i-2o 2i-1i" << QStringList { "new", "null" } << "1:in[2]out[] 2:in[]out[1]" << 1;
     QTest::newRow("self-loop is refused but the node exists")
-        << "5i-5o 5o-5o" << QStringList{"null", "null"} << "5:in[]out[]" << 0;
+        << "5i-5o 5o-5o" << QStringList { "null", "null" } << "5:in[]out[]" << 0;
     QTest::newRow("neighbours kept in ascending key order on each side")
-        << "4o-9i 4o-2i 4i-7o 4o-3i" << QStringList{"new", "new", "new", "new"}
+        << "4o-9i 4o-2i 4i-7o 4o-3i" << QStringList { "new", "new", "new", "new" }
         << "2:in[4]out[] 3:in[4]out[] 4:in[7]out[2,3,9] 7:in[]out[4] 9:in[4]out[]" << 4;
-    QTest::newRow("negative keys") << "-3o--1i" << QStringList{"new"} << "-3:in[]out[-1] -1:in[-3]out[]" << 1;
+    QTest::newRow("negative keys") << "-3o--1i" << QStringList { "new" } << "-3:in[]out[-1] -1:in[-3]out[]"
+                                   << 1;
 }
 
 void TestTovGraphStruct::addEdge()
@@ -178,7 +182,7 @@ void TestTovGraphStruct::nodeQueries()
     QVERIFY(!graph.findNode(8)->hasEdges());
     QCOMPARE(graph.findNode(99), nullptr);
     QVERIFY(!graph.existNode(99));
-    QCOMPARE(graph.getKeys(), (std::vector<int>{1, 2, 3, 4, 8}));
+    QCOMPARE(graph.getKeys(), (std::vector<int> { 1, 2, 3, 4, 8 }));
     QCOMPARE(graph.addNode(8), graph.findNode(8));
 }
 
@@ -189,12 +193,19 @@ void TestTovGraphStruct::remove_data()
     QTest::addColumn<QString>("shape");
     QTest::addColumn<int>("edgeCount");
 
-    QTest::newRow("remove edge detaches both ends")
-        << "1o-2i 2o-3i" << "edge 2 3" << "1:in[]out[2] 2:in[1]out[] 3:in[]out[]" << 1;
+    QTest::newRow("remove edge detaches both ends") << "1o-2i 2o-3i"
+                                                    << "edge 2 3"
+                                                    << "1:in[]out[2] 2:in[1]out[] 3:in[]out[]" << 1;
     QTest::newRow("remove node takes its edges on both sides")
-        << "1o-2i 2o-3i 4i-2i 1o-3o" << "node 2" << "1:in[]out[3] 3:in[]out[1] 4:in[]out[]" << 1;
-    QTest::newRow("remove unknown node changes nothing") << "1o-2i" << "node 9" << "1:in[]out[2] 2:in[1]out[]" << 1;
-    QTest::newRow("clear empties the graph") << "1o-2i 3" << "clear" << "" << 0;
+        << "1o-2i 2o-3i 4i-2i 1o-3o"
+        << "node 2"
+        << "1:in[]out[3] 3:in[]out[1] 4:in[]out[]" << 1;
+    QTest::newRow("remove unknown node changes nothing") << "1o-2i"
+                                                         << "node 9"
+                                                         << "1:in[]out[2] 2:in[1]out[]" << 1;
+    QTest::newRow("clear empties the graph") << "1o-2i 3"
+                                             << "clear"
+                                             << "" << 0;
 }
 
 void TestTovGraphStruct::remove()
@@ -222,13 +233,15 @@ void TestTovGraphStruct::regions_data()
     QTest::addColumn<QStringList>("regions");
 
     QTest::newRow("empty graph has no region") << "" << QStringList();
-    QTest::newRow("isolated nodes are regions of their own, ascending") << "9 3 5" << QStringList{"3", "5", "9"};
+    QTest::newRow("isolated nodes are regions of their own, ascending")
+        << "9 3 5" << QStringList { "3", "5", "9" };
     QTest::newRow("sides ignored: in and out neighbours join one region")
-        << "1o-2i 3i-2i 7" << QStringList{"1,2,3", "7"};
+        << "1o-2i 3i-2i 7" << QStringList { "1,2,3", "7" };
     // From 1: in side first (5, then its neighbours depth-first), then out side (2).
     QTest::newRow("depth-first discovery, in side before out side")
-        << "1o-2i 5o-1i 5i-6o 2o-4i" << QStringList{"1,5,6,2,4"};
-    QTest::newRow("region order follows the smallest key") << "8o-9i 2o-8i 4o-5i" << QStringList{"2,8,9", "4,5"};
+        << "1o-2i 5o-1i 5i-6o 2o-4i" << QStringList { "1,5,6,2,4" };
+    QTest::newRow("region order follows the smallest key")
+        << "8o-9i 2o-8i 4o-5i" << QStringList { "2,8,9", "4,5" };
 }
 
 void TestTovGraphStruct::regions()
@@ -255,10 +268,11 @@ void TestTovGraphStruct::buildGroupKeys_data()
 
     const QString twoRegions = QStringLiteral("1o-2i 2o-3i 10o-11i");
     QTest::newRow("two regions and an unknown key: unknown dropped")
-        << twoRegions << QList<int>{11, 99, 3, 1} << "1,3|11";
-    QTest::newRow("keys ordered by discovery within the region") << "1o-2i 5o-1i" << QList<int>{2, 5, 1} << "1,5,2";
-    QTest::newRow("duplicates collapse") << twoRegions << QList<int>{2, 2, 10} << "2|10";
-    QTest::newRow("only unknown keys give no group") << twoRegions << QList<int>{50, 60} << "";
+        << twoRegions << QList<int> { 11, 99, 3, 1 } << "1,3|11";
+    QTest::newRow("keys ordered by discovery within the region")
+        << "1o-2i 5o-1i" << QList<int> { 2, 5, 1 } << "1,5,2";
+    QTest::newRow("duplicates collapse") << twoRegions << QList<int> { 2, 2, 10 } << "2|10";
+    QTest::newRow("only unknown keys give no group") << twoRegions << QList<int> { 50, 60 } << "";
     QTest::newRow("no keys") << twoRegions << QList<int>() << "";
 }
 
@@ -290,14 +304,14 @@ void TestTovGraphStruct::dump()
     const QString stars(50, QLatin1Char('*'));
     const QString expected = QStringLiteral("Node:Key=1,Weight=0\n"
                                             "OutEdge:Key1=2,Key2=1,IsInEdge1=1,IsInEdge2=0,Weight=5\n")
-                             + stars
-                             + QStringLiteral("\nNode:Key=2,Weight=1\n"
-                                              "InEdge:Key1=2,Key2=1,IsInEdge1=1,IsInEdge2=0,Weight=5\n"
-                                              "OutEdge:Key1=2,Key2=3,IsInEdge1=0,IsInEdge2=1,Weight=-4\n")
-                             + stars
-                             + QStringLiteral("\nNode:Key=3,Weight=0\n"
-                                              "InEdge:Key1=2,Key2=3,IsInEdge1=0,IsInEdge2=1,Weight=-4\n")
-                             + stars + QStringLiteral("\nNode:Key=6,Weight=-7\n") + stars + QStringLiteral("\n");
+        + stars
+        + QStringLiteral("\nNode:Key=2,Weight=1\n"
+                         "InEdge:Key1=2,Key2=1,IsInEdge1=1,IsInEdge2=0,Weight=5\n"
+                         "OutEdge:Key1=2,Key2=3,IsInEdge1=0,IsInEdge2=1,Weight=-4\n")
+        + stars
+        + QStringLiteral("\nNode:Key=3,Weight=0\n"
+                         "InEdge:Key1=2,Key2=3,IsInEdge1=0,IsInEdge2=1,Weight=-4\n")
+        + stars + QStringLiteral("\nNode:Key=6,Weight=-7\n") + stars + QStringLiteral("\n");
     QCOMPARE(readAll(path), expected);
 }
 
@@ -326,7 +340,7 @@ void TestTovGraphStruct::copyIsDeepAndIndependent()
     TovGraphStruct assigned;
     buildGraph(assigned, "50o-51i");
     assigned = graph;
-    for (TovGraphStruct *other : {&copy, &assigned}) {
+    for (TovGraphStruct *other : { &copy, &assigned }) {
         QCOMPARE(shape(*other), shape(graph));
         QCOMPARE(other->findNode(1)->getWeight(), 4);
         QCOMPARE(other->findNode(9)->getFlag(), 3);

@@ -18,7 +18,8 @@ void buildWeighted(TovGraphStruct &graph, const QString &text)
 {
     QStringList structure, settings;
     for (const QString &token : text.split(QLatin1Char(' '), Qt::SkipEmptyParts))
-        (token.startsWith(QLatin1Char('n')) || token.startsWith(QLatin1Char('f')) ? settings : structure) << token;
+        (token.startsWith(QLatin1Char('n')) || token.startsWith(QLatin1Char('f')) ? settings : structure)
+            << token;
     buildGraph(graph, structure.join(QLatin1Char(' ')));
     for (TovGraphNode *node : graph.getNodes())
         node->setWeight(1);
@@ -52,11 +53,11 @@ TovPathSearcher::PathValidFunc forbidding(const QString &text)
         if (last == QLatin1Char('i') || last == QLatin1Char('o'))
             token.chop(1);
         if (last != QLatin1Char('o'))
-            forbidden.insert({token.toInt(), true});
+            forbidden.insert({ token.toInt(), true });
         if (last != QLatin1Char('i'))
-            forbidden.insert({token.toInt(), false});
+            forbidden.insert({ token.toInt(), false });
     }
-    return [forbidden](const int &key, const bool &isIn) { return !forbidden.contains({key, isIn}); };
+    return [forbidden](const int &key, const bool &isIn) { return !forbidden.contains({ key, isIn }); };
 }
 
 std::set<int> toSet(const QList<int> &keys)
@@ -101,8 +102,10 @@ void TestTovPathSearcher::twoNode_data()
 
     const QList<int> none;
     const QString chain = QStringLiteral("1o-2i 2o-3i");
-    QTest::newRow("chain followed along its sides") << chain << none << "" << 1 << 3 << 99 << "" << 0 << "1,2,3" << 3;
-    QTest::newRow("chain searched backwards") << chain << none << "" << 3 << 1 << 99 << "" << 0 << "3,2,1" << 3;
+    QTest::newRow("chain followed along its sides")
+        << chain << none << "" << 1 << 3 << 99 << "" << 0 << "1,2,3" << 3;
+    QTest::newRow("chain searched backwards")
+        << chain << none << "" << 3 << 1 << 99 << "" << 0 << "3,2,1" << 3;
     QTest::newRow("no turning back through the entry side")
         << "1o-2i 3o-2i" << none << "" << 1 << 3 << 99 << "" << 0 << "" << 0;
     QTest::newRow("detour instead of turning back")
@@ -125,7 +128,8 @@ void TestTovPathSearcher::twoNode_data()
         << chain << none << "" << 1 << 99 << 99 << "9" << 7 << "9" << 7;
     QTest::newRow("missing start leaves path and weight untouched")
         << chain << none << "" << 99 << 1 << 99 << "9" << -7 << "9" << -7;
-    QTest::newRow("caller's heavier weight is kept") << chain << none << "" << 1 << 3 << 99 << "9" << 5 << "9" << 5;
+    QTest::newRow("caller's heavier weight is kept")
+        << chain << none << "" << 1 << 3 << 99 << "9" << 5 << "9" << 5;
     QTest::newRow("caller's equal weight kept against a zero edge sum")
         << chain << none << "" << 1 << 3 << 99 << "9" << 3 << "9" << 3;
     QTest::newRow("caller's equal weight replaced by a negative edge sum")
@@ -136,16 +140,16 @@ void TestTovPathSearcher::twoNode_data()
     QTest::newRow("no candidate on either side: in side first")
         << twoWays << none << "" << 2 << 4 << 99 << "" << 0 << "2,1,4" << 3;
     QTest::newRow("candidate only on the out side: out side first")
-        << twoWays << QList<int>{3} << "" << 2 << 4 << 99 << "" << 0 << "2,3,4" << 3;
+        << twoWays << QList<int> { 3 } << "" << 2 << 4 << 99 << "" << 0 << "2,3,4" << 3;
     QTest::newRow("candidates on both sides: in side first")
-        << twoWays << QList<int>{1, 3} << "" << 2 << 4 << 99 << "" << 0 << "2,1,4" << 3;
+        << twoWays << QList<int> { 1, 3 } << "" << 2 << 4 << 99 << "" << 0 << "2,1,4" << 3;
     const QString fork = QStringLiteral("1o-2i 2o-6i 6o-5i 1o-3i 3o-5i");
     QTest::newRow("without candidates the heavier branch wins")
         << fork << none << "" << 1 << 5 << 99 << "" << 0 << "1,2,6,5" << 4;
     QTest::newRow("a candidate neighbour drops the other edges of that side")
-        << fork << QList<int>{3} << "" << 1 << 5 << 99 << "" << 0 << "1,3,5" << 3;
+        << fork << QList<int> { 3 } << "" << 1 << 5 << 99 << "" << 0 << "1,3,5" << 3;
     QTest::newRow("candidates on no neighbour keep every edge")
-        << fork << QList<int>{5} << "" << 1 << 5 << 99 << "" << 0 << "1,2,6,5" << 4;
+        << fork << QList<int> { 5 } << "" << 1 << 5 << 99 << "" << 0 << "1,2,6,5" << 4;
     const QString diamond = QStringLiteral("1o-2i 2o-5i 1o-3i 3o-5i");
     QTest::newRow("predicate keeps the search out of a node")
         << diamond << none << "2" << 1 << 5 << 99 << "" << 0 << "1,3,5" << 3;
@@ -210,15 +214,19 @@ void TestTovPathSearcher::oneNode_data()
     const QString chain = QStringLiteral("1o-2i 2o-3i 3o-4i");
     QTest::newRow("runs from the start to the end of a chain")
         << chain << "" << 1 << false << "" << 0 << "1,2,3,4" << 4;
-    QTest::newRow("from the middle the heavier half wins") << chain << "" << 2 << false << "" << 0 << "2,3,4" << 3;
+    QTest::newRow("from the middle the heavier half wins")
+        << chain << "" << 2 << false << "" << 0 << "2,3,4" << 3;
     QTest::newRow("both ways through the middle: whole chain, start once")
         << chain << "" << 2 << true << "" << 0 << "1,2,3,4" << 4;
     QTest::newRow("both ways from an end") << chain << "" << 1 << true << "" << 0 << "1,2,3,4" << 4;
-    QTest::newRow("equal halves: the in side half wins") << "1o-2i 2o-3i" << "" << 2 << false << "" << 0 << "2,1" << 2;
+    QTest::newRow("equal halves: the in side half wins") << "1o-2i 2o-3i"
+                                                         << "" << 2 << false << "" << 0 << "2,1" << 2;
     QTest::newRow("equal weights: the cheaper out side half wins")
-        << "1o-2i@2 2o-3i@1" << "" << 2 << false << "" << 0 << "2,3" << 2;
+        << "1o-2i@2 2o-3i@1"
+        << "" << 2 << false << "" << 0 << "2,3" << 2;
     QTest::newRow("equal weights: the cheaper in side half wins")
-        << "1o-2i@1 2o-3i@2" << "" << 2 << false << "" << 0 << "2,1" << 2;
+        << "1o-2i@1 2o-3i@2"
+        << "" << 2 << false << "" << 0 << "2,1" << 2;
     QTest::newRow("predicate ends the path just before the rejected node")
         << chain << "3" << 1 << false << "" << 0 << "1,2" << 2;
     QTest::newRow("rejected start side leaves that half empty")
@@ -226,17 +234,21 @@ void TestTovPathSearcher::oneNode_data()
     QTest::newRow("both ways with an empty half still subtracts the start's weight")
         << chain << "2i" << 2 << true << "" << 0 << "2,3,4" << 2;
     QTest::newRow("both ways may repeat nodes of the two halves")
-        << "1o-2i 2o-3i 3o-4i 4o-1i" << "" << 1 << true << "" << 0 << "2,3,4,1,2,3,4" << 7;
-    QTest::newRow("caller's heavier weight keeps the path") << chain << "" << 1 << false << "7" << 9 << "7" << 9;
+        << "1o-2i 2o-3i 3o-4i 4o-1i"
+        << "" << 1 << true << "" << 0 << "2,3,4,1,2,3,4" << 7;
+    QTest::newRow("caller's heavier weight keeps the path")
+        << chain << "" << 1 << false << "7" << 9 << "7" << 9;
     QTest::newRow("both ways: joined weight not greater keeps the path")
         << chain << "" << 2 << true << "7" << 4 << "7" << 4;
-    QTest::newRow("isolated start gives the node alone") << "5" << "" << 5 << false << "" << 0 << "5" << 1;
-    QTest::newRow("isolated start both ways") << "5" << "" << 5 << true << "" << 0 << "5" << 1;
+    QTest::newRow("isolated start gives the node alone") << "5"
+                                                         << "" << 5 << false << "" << 0 << "5" << 1;
+    QTest::newRow("isolated start both ways") << "5"
+                                              << "" << 5 << true << "" << 0 << "5" << 1;
     QTest::newRow("missing start changes nothing") << chain << "" << 99 << false << "7" << 2 << "7" << 2;
-    QTest::newRow("zero node weights: nothing beats weight 0")
-        << "1o-2i n1=0 n2=0" << "" << 1 << false << "" << 0 << "" << 0;
-    QTest::newRow("caller-flagged node ends the path")
-        << chain + " f3=1" << "" << 1 << false << "" << 0 << "1,2" << 2;
+    QTest::newRow("zero node weights: nothing beats weight 0") << "1o-2i n1=0 n2=0"
+                                                               << "" << 1 << false << "" << 0 << "" << 0;
+    QTest::newRow("caller-flagged node ends the path") << chain + " f3=1"
+                                                       << "" << 1 << false << "" << 0 << "1,2" << 2;
 }
 
 void TestTovPathSearcher::oneNode()
@@ -269,23 +281,35 @@ void TestTovPathSearcher::keyList_data()
     QTest::addColumn<QString>("inPath");
     QTest::addColumn<QString>("path");
 
-    QTest::newRow("single key gives that key") << "1o-2i" << QList<int>{2} << false << "" << "2";
-    QTest::newRow("no keys leave the path empty") << "1o-2i" << QList<int>() << false << "" << "";
+    QTest::newRow("single key gives that key") << "1o-2i" << QList<int> { 2 } << false << ""
+                                               << "2";
+    QTest::newRow("no keys leave the path empty") << "1o-2i" << QList<int>() << false << ""
+                                                  << "";
     QTest::newRow("no two keys connected: the first key alone")
-        << "1o-2i 3 4" << QList<int>{3, 4, 1} << false << "" << "3";
-    QTest::newRow("only the first pair connects") << "1o-2i 3" << QList<int>{1, 2, 3} << false << "" << "1,2";
+        << "1o-2i 3 4" << QList<int> { 3, 4, 1 } << false << ""
+        << "3";
+    QTest::newRow("only the first pair connects") << "1o-2i 3" << QList<int> { 1, 2, 3 } << false << ""
+                                                  << "1,2";
     QTest::newRow("a later pair's heavier path replaces the first")
-        << "1o-2i 2o-5i 5o-3i n5=0" << QList<int>{1, 2, 3} << false << "" << "1,2,5,3";
+        << "1o-2i 2o-5i 5o-3i n5=0" << QList<int> { 1, 2, 3 } << false << ""
+        << "1,2,5,3";
     QTest::newRow("a later pair's equal weight keeps the first path")
-        << "1o-2i 4o-3i" << QList<int>{1, 2, 3, 4} << false << "" << "1,2";
+        << "1o-2i 4o-3i" << QList<int> { 1, 2, 3, 4 } << false << ""
+        << "1,2";
     QTest::newRow("full cover stops at the first pair")
-        << "1o-2i 2o-3i" << QList<int>{1, 3, 2} << false << "" << "1,2,3";
-    QTest::newRow("unknown keys fall back to the first key") << "1o-2i" << QList<int>{1, 99} << false << "" << "1";
+        << "1o-2i 2o-3i" << QList<int> { 1, 3, 2 } << false << ""
+        << "1,2,3";
+    QTest::newRow("unknown keys fall back to the first key") << "1o-2i" << QList<int> { 1, 99 } << false << ""
+                                                             << "1";
     QTest::newRow("without candidates the cheaper detour wins")
-        << "1o-4i@9 1o-2i 2o-4i n2=0" << QList<int>{1, 4} << false << "" << "1,2,4";
+        << "1o-4i@9 1o-2i 2o-4i n2=0" << QList<int> { 1, 4 } << false << ""
+        << "1,2,4";
     QTest::newRow("keys as candidates keep the search on them")
-        << "1o-4i@9 1o-2i 2o-4i n2=0" << QList<int>{1, 4} << true << "" << "1,4";
-    QTest::newRow("the path is appended to, not cleared") << "1o-2i 3 4" << QList<int>{3, 4} << false << "7" << "7,3";
+        << "1o-4i@9 1o-2i 2o-4i n2=0" << QList<int> { 1, 4 } << true << ""
+        << "1,4";
+    QTest::newRow("the path is appended to, not cleared")
+        << "1o-2i 3 4" << QList<int> { 3, 4 } << false << "7"
+        << "7,3";
 }
 
 void TestTovPathSearcher::keyList()
@@ -312,17 +336,24 @@ void TestTovPathSearcher::region_data()
     QTest::addColumn<QString>("path");
 
     QTest::newRow("larger group searched first")
-        << "1o-2i 10o-11i 11o-12i" << QList<int>{1, 2, 10, 11, 12} << "" << "10,11,12";
-    QTest::newRow("equal sizes keep region order") << "1o-2i 10o-11i" << QList<int>{10, 11, 1, 2} << "" << "1,2";
+        << "1o-2i 10o-11i 11o-12i" << QList<int> { 1, 2, 10, 11, 12 } << ""
+        << "10,11,12";
+    QTest::newRow("equal sizes keep region order") << "1o-2i 10o-11i" << QList<int> { 10, 11, 1, 2 } << ""
+                                                   << "1,2";
     QTest::newRow("a group that cannot be joined still ends the search with its first key")
-        << "1o-2i 3o-2i 10o-11i" << QList<int>{1, 3, 10, 11} << "" << "1";
+        << "1o-2i 3o-2i 10o-11i" << QList<int> { 1, 3, 10, 11 } << ""
+        << "1";
     QTest::newRow("only single-key groups: the first given key")
-        << "1o-2i 10o-11i" << QList<int>{10, 1} << "" << "10";
-    QTest::newRow("single key") << "1o-2i" << QList<int>{2} << "" << "2";
-    QTest::newRow("empty key list leaves the path untouched") << "1o-2i" << QList<int>() << "7" << "7";
-    QTest::newRow("unknown keys only: the first given key") << "1o-2i" << QList<int>{98, 99} << "" << "98";
-    QTest::newRow("a given path keeps the first key out")
-        << "1o-2i 10o-11i" << QList<int>{10, 1} << "7" << "7";
+        << "1o-2i 10o-11i" << QList<int> { 10, 1 } << ""
+        << "10";
+    QTest::newRow("single key") << "1o-2i" << QList<int> { 2 } << ""
+                                << "2";
+    QTest::newRow("empty key list leaves the path untouched") << "1o-2i" << QList<int>() << "7"
+                                                              << "7";
+    QTest::newRow("unknown keys only: the first given key") << "1o-2i" << QList<int> { 98, 99 } << ""
+                                                            << "98";
+    QTest::newRow("a given path keeps the first key out") << "1o-2i 10o-11i" << QList<int> { 10, 1 } << "7"
+                                                          << "7";
 }
 
 void TestTovPathSearcher::region()
@@ -405,14 +436,14 @@ void TestTovPathSearcher::copyKeepsSetup()
     TovGraphStruct g;
     buildWeighted(g, QStringLiteral("1o-4i@9 1o-2i 2o-4i 1o-3i 3o-4i"));
     TovPathSearcher original;
-    original.setKeyPathCandidate({3, 4});
+    original.setKeyPathCandidate({ 3, 4 });
     original.setPathValidFunc(forbidding(QStringLiteral("4")));
-    original.setKeyPathCandidate({3});
+    original.setKeyPathCandidate({ 3 });
     TovPathSearcher copy(original);
     TovPathSearcher assigned;
     assigned = original;
     original.setPathValidFunc({});
-    for (TovPathSearcher *s : {&copy, &assigned}) {
+    for (TovPathSearcher *s : { &copy, &assigned }) {
         std::vector<int> result;
         int weight = 0;
         s->searchPath(result, weight, &g, 1, false);
@@ -446,8 +477,7 @@ class Differential
 public:
     explicit Differential(quint32 seed)
         : rng(seed)
-    {
-    }
+    { }
 
     int pick(int low, int high) { return std::uniform_int_distribution<int>(low, high)(rng); }
     bool chance(int percent) { return pick(1, 100) <= percent; }
@@ -505,14 +535,14 @@ public:
             QSet<QPair<int, bool>> forbidden;
             const int count = pick(0, 3);
             for (int i = 0; i < count; ++i)
-                forbidden.insert({keys.at(pick(0, keys.size() - 1)), chance(50)});
+                forbidden.insert({ keys.at(pick(0, keys.size() - 1)), chance(50) });
             tovSearcher.setPathValidFunc([forbidden, this](const int &k, const bool &in) {
-                tovTrace.calls.append({k, in});
-                return !forbidden.contains({k, in});
+                tovTrace.calls.append({ k, in });
+                return !forbidden.contains({ k, in });
             });
             refSearcher.setPathValidFunc([forbidden, this](const int &k, const bool &in) {
-                refTrace.calls.append({k, in});
-                return !forbidden.contains({k, in});
+                refTrace.calls.append({ k, in });
+                return !forbidden.contains({ k, in });
             });
         }
         // A limit that never passes still runs the timer bookkeeping on both sides.
@@ -537,7 +567,7 @@ public:
     {
         std::vector<int> tovPath, refPath;
         if (chance(15))
-            tovPath = refPath = {42};
+            tovPath = refPath = { 42 };
         int tovWeight = pick(-1, 2), refWeight = tovWeight;
         QString call;
         switch (entry) {

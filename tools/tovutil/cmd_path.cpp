@@ -74,8 +74,8 @@ QString loadGraph(const QString &path, TovGraphStruct &graph)
         int weight = 0;
         bool in1 = false;
         bool in2 = false;
-        if (words.size() < 4 || words.size() > 5 || !parseInt(words.at(0), key1) || !parseInt(words.at(2), key2)
-            || (words.size() == 5 && !parseInt(words.at(4), weight)))
+        if (words.size() < 4 || words.size() > 5 || !parseInt(words.at(0), key1)
+            || !parseInt(words.at(2), key2) || (words.size() == 5 && !parseInt(words.at(4), weight)))
             return fail(QStringLiteral("expected \"KEY1 SIDE1 KEY2 SIDE2 [WEIGHT]\" or \"node KEY WEIGHT\""));
         if (!parseSide(words.at(1), in1) || !parseSide(words.at(3), in2))
             return fail(QStringLiteral("a side is \"in\" or \"out\""));
@@ -111,33 +111,28 @@ int runPath(const QStringList &arguments)
         "then weigh 1 and every other node 0, and the keys are preferred at every fork).\n\n"
         "Graph file: one edge a line, \"KEY1 SIDE1 KEY2 SIDE2 [WEIGHT]\" with sides in or out; "
         "\"node KEY WEIGHT\" sets a node's weight (default 1); \"#\" starts a comment."));
-    const QCommandLineOption helpOption(QStringList{QStringLiteral("h"), QStringLiteral("help")},
-                                        QStringLiteral("Shows this help."));
-    const QCommandLineOption fromOption(QStringLiteral("from"), QStringLiteral("Start node of a two-node search."),
-                                        QStringLiteral("key"));
-    const QCommandLineOption toOption(QStringLiteral("to"), QStringLiteral("End node of a two-node search."),
-                                      QStringLiteral("key"));
+    const QCommandLineOption helpOption(
+        QStringList { QStringLiteral("h"), QStringLiteral("help") }, QStringLiteral("Shows this help."));
+    const QCommandLineOption fromOption(
+        QStringLiteral("from"), QStringLiteral("Start node of a two-node search."), QStringLiteral("key"));
+    const QCommandLineOption toOption(
+        QStringLiteral("to"), QStringLiteral("End node of a two-node search."), QStringLiteral("key"));
     const QCommandLineOption stopOption(QStringLiteral("stop"),
-                                        QStringLiteral("Stop weight of a two-node search (default: none)."),
-                                        QStringLiteral("weight"));
-    const QCommandLineOption startOption(QStringLiteral("start"), QStringLiteral("Start node of a one-node search."),
-                                         QStringLiteral("key"));
-    const QCommandLineOption bothWaysOption(QStringLiteral("both-ways"),
-                                            QStringLiteral("One-node search: run through the start both ways."));
+        QStringLiteral("Stop weight of a two-node search (default: none)."), QStringLiteral("weight"));
+    const QCommandLineOption startOption(
+        QStringLiteral("start"), QStringLiteral("Start node of a one-node search."), QStringLiteral("key"));
+    const QCommandLineOption bothWaysOption(
+        QStringLiteral("both-ways"), QStringLiteral("One-node search: run through the start both ways."));
     const QCommandLineOption keysOption(QStringLiteral("keys"),
-                                        QStringLiteral("Key-list search over these comma-separated keys."),
-                                        QStringLiteral("keys"));
-    const QCommandLineOption byRegionOption(QStringLiteral("by-region"),
-                                            QStringLiteral("Key-list search: search region by region."));
+        QStringLiteral("Key-list search over these comma-separated keys."), QStringLiteral("keys"));
+    const QCommandLineOption byRegionOption(
+        QStringLiteral("by-region"), QStringLiteral("Key-list search: search region by region."));
     const QCommandLineOption timeoutOption(QStringLiteral("timeout"),
-                                           QStringLiteral("Time limit in milliseconds (default: none)."),
-                                           QStringLiteral("ms"));
+        QStringLiteral("Time limit in milliseconds (default: none)."), QStringLiteral("ms"));
     const QCommandLineOption dumpOption(QStringLiteral("dump"),
-                                        QStringLiteral("Also writes the graph's text dump to this file."),
-                                        QStringLiteral("file"));
-    for (const QCommandLineOption *option : {&helpOption, &fromOption, &toOption, &stopOption, &startOption,
-                                             &bothWaysOption, &keysOption, &byRegionOption, &timeoutOption,
-                                             &dumpOption})
+        QStringLiteral("Also writes the graph's text dump to this file."), QStringLiteral("file"));
+    for (const QCommandLineOption *option : { &helpOption, &fromOption, &toOption, &stopOption, &startOption,
+             &bothWaysOption, &keysOption, &byRegionOption, &timeoutOption, &dumpOption })
         parser.addOption(*option);
     parser.addPositionalArgument(QStringLiteral("file"), QStringLiteral("The graph file."));
     if (!parser.parse(arguments))
@@ -145,8 +140,8 @@ int runPath(const QStringList &arguments)
     if (parser.isSet(helpOption)) {
         QString help = parser.helpText();
         help.replace(0, help.indexOf(QLatin1Char('\n')),
-                     QStringLiteral("Usage: tovutil path file (--from A --to B [--stop W] | --start A [--both-ways] "
-                                    "| --keys A,B,C [--by-region]) [--timeout MS] [--dump FILE]"));
+            QStringLiteral("Usage: tovutil path file (--from A --to B [--stop W] | --start A [--both-ways] "
+                           "| --keys A,B,C [--by-region]) [--timeout MS] [--dump FILE]"));
         tovOut() << help;
         tovOut().flush();
         return 0;
@@ -184,7 +179,7 @@ int runPath(const QStringList &arguments)
     const QString error = loadGraph(path, graph);
     if (!error.isEmpty())
         return tovFail(error);
-    for (int key : twoNode ? QList<int>{from, to} : oneNode ? QList<int>{start} : QList<int>()) {
+    for (int key : twoNode ? QList<int> { from, to } : oneNode ? QList<int> { start } : QList<int>()) {
         if (!graph.existNode(key))
             return tovFail(QStringLiteral("%1: no node %2").arg(path).arg(key));
     }
