@@ -261,16 +261,15 @@ void TovGraphStruct::saveToFile(const QString &filePath) const
                           .arg(int(edge->IsInEdge1()))
                           .arg(int(edge->IsInEdge2()))
                           .arg(edge->getWeight())
-                   << Qt::endl;
+                   << '\n';
         }
     };
     for (const auto &entry : d->nodes) {
         const TovGraphNode *node = entry.second;
-        stream << QStringLiteral("Node:Key=%1,Weight=%2").arg(node->getKey()).arg(node->getWeight())
-               << Qt::endl;
+        stream << QStringLiteral("Node:Key=%1,Weight=%2").arg(node->getKey()).arg(node->getWeight()) << '\n';
         writeEdges(node, true);
         writeEdges(node, false);
-        stream << QString(50, QLatin1Char('*')) << Qt::endl;
+        stream << QString(50, QLatin1Char('*')) << '\n';
     }
 }
 

@@ -55,43 +55,28 @@ void TovPathSearchPlan::build(TovGraphNode *start, const std::set<int> &candidat
     nodes.clear();
     arcs.clear();
     graphNodes.clear();
-    graphNodes.push_back(start);
-    start->m_planStamp = m_stamp;
-    start->m_planIndex = 0;
+    const auto admit = [this](TovGraphNode *node) {
+        node->m_planStamp = m_stamp;
+        node->m_planIndex = int(graphNodes.size());
+        graphNodes.push_back(node);
+        return node->m_planIndex;
+    };
+    admit(start);
+    // Breadth-first over the edges the search can follow: a node is admitted when an arc first
+    // leads to it, and its own arcs are laid out when its turn comes.
+    std::vector<const TovGraphEdge *> &edges = m_edges;
     for (std::size_t head = 0; head < graphNodes.size(); ++head) {
         const TovGraphNode *node = graphNodes[head];
-        for (const bool isIn : { true, false }) {
-            for (const auto &entry : node->side(isIn)) {
-                TovGraphNode *far = farNode(entry.second, node->getKey());
-                if (!contains(far)) {
-                    far->m_planStamp = m_stamp;
-                    far->m_planIndex = int(graphNodes.size());
-                    graphNodes.push_back(far);
-                }
-            }
-        }
-    }
-    nodes.resize(graphNodes.size());
-    std::vector<const TovGraphEdge *> edges;
-    for (std::size_t i = 0; i < graphNodes.size(); ++i) {
-        const TovGraphNode *node = graphNodes[i];
-        Node &entry = nodes[i];
-        entry.key = node->getKey();
-        entry.weight = node->getWeight();
+        const int key = node->getKey();
+        Node entry { key, node->getWeight(), { 0, 0, 0 } };
         for (const bool isIn : { false, true }) {
-            edges.clear();
             const auto &side = node->side(isIn);
-            bool anyCandidate = false;
-            if (!candidates.empty()) {
-                for (const auto &e : side) {
-                    if (candidates.count(farNode(e.second, entry.key)->getKey()) != 0) {
-                        anyCandidate = true;
-                        break;
-                    }
-                }
-            }
+            const bool anyCandidate = !candidates.empty()
+                && std::any_of(side.begin(), side.end(),
+                    [&](const std::pair<int, TovGraphEdge *> &e) { return candidates.count(e.first) != 0; });
+            edges.clear();
             for (const auto &e : side) {
-                if (!anyCandidate || candidates.count(farNode(e.second, entry.key)->getKey()) != 0)
+                if (!anyCandidate || candidates.count(e.first) != 0)
                     edges.push_back(e.second);
             }
             // Stable by weight: equal weights keep ascending neighbour keys. Degrees are small,
@@ -104,16 +89,20 @@ void TovPathSearchPlan::build(TovGraphNode *start, const std::set<int> &candidat
                 edges[k] = moving;
             }
             entry.arcs[isIn] = int(arcs.size());
-            for (const TovGraphEdge *edge : edges)
-                arcs.push_back({ farNode(edge, entry.key)->m_planIndex * 2 + int(goOnSide(edge, entry.key)),
-                    edge->getWeight() });
+            for (const TovGraphEdge *edge : edges) {
+                TovGraphNode *far = farNode(edge, key);
+                const int index = contains(far) ? far->m_planIndex : admit(far);
+                arcs.push_back({ index * 2 + int(goOnSide(edge, key)), edge->getWeight() });
+            }
         }
         entry.arcs[2] = int(arcs.size());
+        nodes.push_back(entry);
     }
-    flags.assign(nodes.size(), 0);
-    path.assign(nodes.size() + 1, 0);
-    best.assign(nodes.size() + 1, 0);
-    frames.assign(nodes.size() + 1, Frame());
+    // Scratch of the runs: every element is written before it is read.
+    flags.resize(nodes.size());
+    path.resize(nodes.size() + 1);
+    best.resize(nodes.size() + 1);
+    frames.resize(nodes.size() + 1);
 }
 
 // One depth-first run over a plan, iterative so that long paths cannot exhaust the call stack.

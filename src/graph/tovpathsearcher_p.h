@@ -3,6 +3,7 @@
 #include <set>
 #include <vector>
 
+class TovGraphEdge;
 class TovGraphNode;
 
 // A compact, read-only image of the component searched: per node and side the edges that the
@@ -40,7 +41,7 @@ public:
     int indexOf(const TovGraphNode *node) const;
     // Empties the image, keeping the storage for the next build.
     void clear();
-    // Collects the component of start (sides ignored) and prepares its arcs.
+    // Collects the nodes the search can reach from start and prepares their arcs.
     void build(TovGraphNode *start, const std::set<int> &candidates);
 
     std::vector<Node> nodes;
@@ -53,5 +54,6 @@ public:
     std::vector<Frame> frames;
 
 private:
+    std::vector<const TovGraphEdge *> m_edges; // scratch of build
     unsigned long long m_stamp = 0; // marks the graph's nodes as members of this image
 };
