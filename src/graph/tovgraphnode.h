@@ -45,6 +45,7 @@ protected:
 private:
     friend class TovGraphStruct;
     friend class TovPathSearchPlan;
+    friend class TovPathSearcher;
     using EdgeEntry = std::pair<int, TovGraphEdge *>;
     using EdgeMap = std::vector<EdgeEntry>; // sorted by key: degrees are small
 

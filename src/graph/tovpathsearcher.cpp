@@ -315,11 +315,11 @@ bool TovPathSearcher::pathValid(const int &key, const bool &isIn) const
 
 bool TovPathSearcher::existAdjacentKey(TovGraphNode *node, const bool &isIn) const
 {
-    for (const TovGraphEdge *edge : node->getEdges(isIn)) {
-        if (m_keyPathCandidates.count(farNode(edge, node->getKey())->getKey()) != 0)
-            return true;
-    }
-    return false;
+    // The side maps hold the neighbour keys: no edge needs to be looked at.
+    const auto &side = node->side(isIn);
+    return std::any_of(side.begin(), side.end(), [this](const std::pair<int, TovGraphEdge *> &entry) {
+        return m_keyPathCandidates.count(entry.first) != 0;
+    });
 }
 
 void TovPathSearcher::simplifyEdges(TovGraphNode *node, std::vector<TovGraphEdge *> &edges) const
@@ -416,8 +416,10 @@ void TovPathSearcher::searchPath(
     if (!start)
         return;
     std::unique_ptr<TovPathSearchPlan> plan = takePlan();
-    std::vector<int> pathA;
-    std::vector<int> pathB;
+    std::vector<int> &pathA = plan->halves[0];
+    std::vector<int> &pathB = plan->halves[1];
+    pathA.clear();
+    pathB.clear();
     int weightA = 0;
     int scoreA = 0;
     int weightB = 0;
@@ -430,7 +432,7 @@ void TovPathSearcher::searchPath(
     m_currentScore = 0;
     runSearch(*plan, pathB, weightB, scoreB, start, nullptr, false);
     start->setFlag(0);
-    m_plan = std::move(plan);
+    m_plan = std::move(plan); // pathA and pathB live on in it
 
     if (!bothWays) {
         if (weightA > weight && (weightA > weightB || (weightA == weightB && scoreA >= scoreB))) {

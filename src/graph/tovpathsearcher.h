@@ -17,8 +17,10 @@ class TovPathSearchPlan;
 
 // Exhaustive search for the simple path of greatest total node weight in a TovGraphStruct.
 // A path entering a node on one side leaves it on the other. Among paths of equal weight the
-// smaller sum of edge weights wins, then the first found. Searches write node flags (and restore
-// them); nodes whose flag the caller set non-zero are never entered.
+// smaller sum of edge weights wins, then the first found (cheaper edge first, then lower key).
+// Searches set node flags on the current path and restore them; nodes whose flag the caller set
+// non-zero are never entered, except the start node, whose flag a search leaves at 0. The graph
+// must not change during a search (a predicate must not edit it).
 class TOVGENERALUTILITY_EXPORT TovPathSearcher
 {
 public:
@@ -33,7 +35,9 @@ public:
     void setKeyPathCandidate(const std::set<int> &keys);
     // Forbids leaving a node (key) from a side (isIn); empty means every node is valid.
     void setPathValidFunc(PathValidFunc func);
-    // Milliseconds; below 1 no new time limit is started.
+    // Milliseconds; below 1 no new time limit is started. Two-node searches start the limit; once
+    // it has passed (and the best weight seen is not exactly 1) the stop weight drops to the best
+    // weight seen. A limit still running when a one-node search begins applies to it as well.
     void setTimeout(int ms);
 
     // Best path from startKey to endKey. path and weight are replaced only by a heavier path,
@@ -42,15 +46,19 @@ public:
     void searchPath(std::vector<int> &path, int &weight, TovGraphStruct *graph, const int &startKey,
         const int &endKey, const int &stopWeight);
     // Best path starting at startKey and running as far as it can; with bothWays, the best path
-    // through startKey in both directions. Replaces path and weight only by a heavier path.
+    // through startKey in both directions. Replaces path and weight only by a heavier path. Both
+    // ways, the halves are searched independently (they may share nodes) and the start's weight
+    // is taken off once from their sum, even when a half is empty.
     void searchPath(std::vector<int> &path, int &weight, TovGraphStruct *graph, const int &startKey,
         const bool &bothWays);
-    // A path covering as many of keys as possible (node weights 1 on the wanted nodes); falls
-    // back to keys' first key. With keysAreCandidates the keys become the key path candidates.
-    // path is appended to, not cleared: pass it empty.
+    // A path covering as many of keys as possible (node weights 1 on the wanted nodes): the best
+    // two-node path over every pair, stopping once one weighs keys.size(); falls back to keys'
+    // first key. With keysAreCandidates the keys become the key path candidates. path is
+    // appended to, not cleared: pass it empty.
     void searchPath(
         const QList<int> &keys, std::vector<int> &path, TovGraphStruct *graph, bool keysAreCandidates);
-    // The same, on the largest group of keys sharing a region that yields a path.
+    // The same, on the groups of keys sharing a region, largest first, up to the first that
+    // yields a path; with no such group, keys' first key.
     void searchPathByRegion(
         const QList<int> &keys, std::vector<int> &path, TovGraphStruct *graph, bool keysAreCandidates);
 

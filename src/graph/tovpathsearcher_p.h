@@ -52,6 +52,7 @@ public:
     std::vector<int> path;
     std::vector<int> best;
     std::vector<Frame> frames;
+    std::vector<int> halves[2]; // the two halves of a one-node search
 
 private:
     std::vector<const TovGraphEdge *> m_edges; // scratch of build

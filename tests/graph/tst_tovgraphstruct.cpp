@@ -100,7 +100,6 @@ private slots:
     void addEdge_data();
     void addEdge();
     void refusedEdgeLeavesFirstUntouched();
-    void nodeQueries();
     void remove_data();
     void remove();
     void regions_data();
@@ -166,24 +165,6 @@ void TestTovGraphStruct::refusedEdgeLeavesFirstUntouched()
     QVERIFY(!first->IsInEdge2());
     QCOMPARE(graph.findNode(2)->getEdge(1, false), first);
     QCOMPARE(graph.findNode(1)->getEdge(2, false), nullptr);
-}
-
-void TestTovGraphStruct::nodeQueries()
-{
-    TovGraphStruct graph;
-    buildGraph(graph, "1o-2i 1o-3i 4i-1i 8");
-    const TovGraphNode *one = graph.findNode(1);
-    QCOMPARE(one->edgeCount(false), 2);
-    QCOMPARE(one->edgeCount(true), 1);
-    QVERIFY(one->existEdge(3, false));
-    QVERIFY(!one->existEdge(3, true));
-    QCOMPARE(one->getEdges(false).at(1), one->getEdge(3, false));
-    QVERIFY(one->hasEdges());
-    QVERIFY(!graph.findNode(8)->hasEdges());
-    QCOMPARE(graph.findNode(99), nullptr);
-    QVERIFY(!graph.existNode(99));
-    QCOMPARE(graph.getKeys(), (std::vector<int> { 1, 2, 3, 4, 8 }));
-    QCOMPARE(graph.addNode(8), graph.findNode(8));
 }
 
 void TestTovGraphStruct::remove_data()

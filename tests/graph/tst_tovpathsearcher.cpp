@@ -60,6 +60,16 @@ TovPathSearcher::PathValidFunc forbidding(const QString &text)
     return [forbidden](const int &key, const bool &isIn) { return !forbidden.contains({ key, isIn }); };
 }
 
+// Opens the protected steps to the test.
+class OpenSearcher : public TovPathSearcher
+{
+public:
+    using TovPathSearcher::doSearchPath;
+    using TovPathSearcher::existAdjacentKey;
+    using TovPathSearcher::pathValid;
+    using TovPathSearcher::simplifyEdges;
+};
+
 std::set<int> toSet(const QList<int> &keys)
 {
     return std::set<int>(keys.begin(), keys.end());
@@ -83,6 +93,7 @@ private slots:
     void timeout_data();
     void timeout();
     void copyKeepsSetup();
+    void protectedOperations();
     void matchesReference_data();
     void matchesReference();
 };
@@ -450,6 +461,53 @@ void TestTovPathSearcher::copyKeepsSetup()
         // Candidate 3 preferred to the equal 2, and 4 refused: both settings travelled.
         QCOMPARE(pathText(result), QStringLiteral("1,3"));
     }
+}
+
+void TestTovPathSearcher::protectedOperations()
+{
+    TovGraphStruct g;
+    buildWeighted(g, QStringLiteral("1o-2i@2 1o-3i@1 1o-4i 4o-5i 2o-5i n5=3"));
+    TovGraphNode *one = g.findNode(1);
+    OpenSearcher searcher;
+    QVERIFY(searcher.pathValid(1, true));
+    QVERIFY(!searcher.existAdjacentKey(one, false));
+
+    searcher.setKeyPathCandidate({ 3, 4, 9 });
+    QVERIFY(searcher.existAdjacentKey(one, false));
+    QVERIFY(!searcher.existAdjacentKey(one, true));
+    std::vector<TovGraphEdge *> edges = one->getEdges(false);
+    searcher.simplifyEdges(one, edges);
+    QCOMPARE(edges, (std::vector<TovGraphEdge *> { one->getEdge(3, false), one->getEdge(4, false) }));
+    searcher.setKeyPathCandidate({ 9 });
+    edges = one->getEdges(false);
+    searcher.simplifyEdges(one, edges);
+    QCOMPARE(int(edges.size()), 3); // no candidate among them: all kept
+
+    searcher.setPathValidFunc(forbidding(QStringLiteral("2i")));
+    QVERIFY(!searcher.pathValid(2, true));
+    QVERIFY(searcher.pathValid(2, false));
+
+    // Without a target the recursion records every way's end; the caller marks the start.
+    std::vector<int> best;
+    int bestWeight = 0;
+    int bestScore = 0;
+    one->setFlag(1);
+    searcher.doSearchPath(best, bestWeight, bestScore, one, nullptr, false);
+    QCOMPARE(pathText(best), QStringLiteral("1,4,5"));
+    QCOMPARE(bestWeight, 5);
+    QCOMPARE(bestScore, 0);
+    // A heavier best already held is kept; with a target only the target ends a path.
+    best = { 7 };
+    bestWeight = 9;
+    searcher.doSearchPath(best, bestWeight, bestScore, one, nullptr, false);
+    QCOMPARE(pathText(best), QStringLiteral("7"));
+    bestWeight = 0;
+    bestScore = -100;
+    searcher.doSearchPath(best, bestWeight, bestScore, one, g.findNode(2), false);
+    QCOMPARE(pathText(best), QStringLiteral("1,2"));
+    QCOMPARE(bestScore, -2);
+    QCOMPARE(one->getFlag(), 1);
+    QCOMPARE(g.findNode(2)->getFlag(), 0);
 }
 
 // Differential test against the literal reference: random small graphs, every entry point.
