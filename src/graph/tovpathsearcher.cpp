@@ -24,10 +24,6 @@ inline bool goOnSide(const TovGraphEdge *edge, int key)
     return edge->getNode1()->getKey() != key ? !edge->IsInEdge1() : !edge->IsInEdge2();
 }
 
-} // namespace
-
-namespace {
-
 std::atomic<unsigned long long> planStamps { 0 };
 
 } // namespace
