@@ -1,0 +1,726 @@
+#include <tovgraphnode.h>
+#include <tovgraphstruct.h>
+#include <tovpathsearcher.h>
+
+#include "graphtestutil.h"
+#include "refpathsearcher.h"
+
+#include <QThread>
+#include <QtTest>
+
+#include <climits>
+#include <random>
+
+namespace {
+
+// Builds with every node weighing 1 unless an "n<key>=<weight>" token says otherwise.
+void buildWeighted(TovGraphStruct &graph, const QString &text)
+{
+    QStringList structure, settings;
+    for (const QString &token : text.split(QLatin1Char(' '), Qt::SkipEmptyParts))
+        (token.startsWith(QLatin1Char('n')) || token.startsWith(QLatin1Char('f')) ? settings : structure)
+            << token;
+    buildGraph(graph, structure.join(QLatin1Char(' ')));
+    for (TovGraphNode *node : graph.getNodes())
+        node->setWeight(1);
+    buildGraph(graph, settings.join(QLatin1Char(' ')));
+}
+
+QString pathText(const std::vector<int> &path)
+{
+    QStringList keys;
+    for (int k : path)
+        keys << QString::number(k);
+    return keys.join(QLatin1Char(','));
+}
+
+std::vector<int> pathFrom(const QString &text)
+{
+    std::vector<int> path;
+    for (const QString &k : text.split(QLatin1Char(','), Qt::SkipEmptyParts))
+        path.push_back(k.toInt());
+    return path;
+}
+
+// "3" forbids leaving node 3 by either side, "3i" by its in side, "3o" by its out side.
+TovPathSearcher::PathValidFunc forbidding(const QString &text)
+{
+    if (text.isEmpty())
+        return {};
+    QSet<QPair<int, bool>> forbidden;
+    for (QString token : text.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+        const QChar last = token.back();
+        if (last == QLatin1Char('i') || last == QLatin1Char('o'))
+            token.chop(1);
+        if (last != QLatin1Char('o'))
+            forbidden.insert({ token.toInt(), true });
+        if (last != QLatin1Char('i'))
+            forbidden.insert({ token.toInt(), false });
+    }
+    return [forbidden](const int &key, const bool &isIn) { return !forbidden.contains({ key, isIn }); };
+}
+
+// Opens the protected steps to the test.
+class OpenSearcher : public TovPathSearcher
+{
+public:
+    using TovPathSearcher::doSearchPath;
+    using TovPathSearcher::existAdjacentKey;
+    using TovPathSearcher::pathValid;
+    using TovPathSearcher::simplifyEdges;
+};
+
+std::set<int> toSet(const QList<int> &keys)
+{
+    return std::set<int>(keys.begin(), keys.end());
+}
+
+} // namespace
+
+class TestTovPathSearcher : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void twoNode_data();
+    void twoNode();
+    void oneNode_data();
+    void oneNode();
+    void keyList_data();
+    void keyList();
+    void region_data();
+    void region();
+    void timeout_data();
+    void timeout();
+    void copyKeepsSetup();
+    void protectedOperations();
+    void matchesReference_data();
+    void matchesReference();
+};
+
+void TestTovPathSearcher::twoNode_data()
+{
+    QTest::addColumn<QString>("graph");
+    QTest::addColumn<QList<int>>("candidates");
+    QTest::addColumn<QString>("forbid");
+    QTest::addColumn<int>("start");
+    QTest::addColumn<int>("end");
+    QTest::addColumn<int>("stop");
+    QTest::addColumn<QString>("inPath");
+    QTest::addColumn<int>("inWeight");
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<int>("weight");
+
+    const QList<int> none;
+    const QString chain = QStringLiteral("1o-2i 2o-3i");
+    QTest::newRow("chain followed along its sides")
+        << chain << none << "" << 1 << 3 << 99 << "" << 0 << "1,2,3" << 3;
+    QTest::newRow("chain searched backwards")
+        << chain << none << "" << 3 << 1 << 99 << "" << 0 << "3,2,1" << 3;
+    QTest::newRow("no turning back through the entry side")
+        << "1o-2i 3o-2i" << none << "" << 1 << 3 << 99 << "" << 0 << "" << 0;
+    QTest::newRow("detour instead of turning back")
+        << "1o-2i 3o-2i 2o-4i 4o-3i" << none << "" << 1 << 3 << 99 << "" << 0 << "1,2,4,3" << 4;
+    QTest::newRow("heavier route wins over shorter")
+        << "1o-2i 2o-5i 1o-3i 3o-4i 4o-5i" << none << "" << 1 << 5 << 99 << "" << 0 << "1,3,4,5" << 4;
+    QTest::newRow("equal weight: smaller edge sum wins though found later")
+        << "1o-2i@1 2o-4i@9 1o-3i@2 3o-4i@2" << none << "" << 1 << 4 << 99 << "" << 0 << "1,3,4" << 3;
+    QTest::newRow("equal weight and sum: cheaper first edge found first")
+        << "1o-2i@1 2o-4i@3 1o-3i@2 3o-4i@2" << none << "" << 1 << 4 << 99 << "" << 0 << "1,2,4" << 3;
+    QTest::newRow("equal weight, sum and first edge: lower neighbour key first")
+        << "1o-3i@1 3o-4i@1 1o-2i@1 2o-4i@1" << none << "" << 1 << 4 << 99 << "" << 0 << "1,2,4" << 3;
+    QTest::newRow("stop weight reached: costlier branches cut")
+        << "1o-4i 1o-2i@1 2o-4i@1" << none << "" << 1 << 4 << 2 << "" << 0 << "1,4" << 2;
+    QTest::newRow("below the stop weight the heavier detour wins")
+        << "1o-4i 1o-2i@1 2o-4i@1" << none << "" << 1 << 4 << 3 << "" << 0 << "1,2,4" << 3;
+    QTest::newRow("at the stop weight a cheaper equal path is still found")
+        << "1o-2i@1 2o-4i@9 1o-3i@2 3o-4i@2" << none << "" << 1 << 4 << 3 << "" << 0 << "1,3,4" << 3;
+    QTest::newRow("missing end leaves path and weight untouched")
+        << chain << none << "" << 1 << 99 << 99 << "9" << 7 << "9" << 7;
+    QTest::newRow("missing start leaves path and weight untouched")
+        << chain << none << "" << 99 << 1 << 99 << "9" << -7 << "9" << -7;
+    QTest::newRow("caller's heavier weight is kept")
+        << chain << none << "" << 1 << 3 << 99 << "9" << 5 << "9" << 5;
+    QTest::newRow("caller's equal weight kept against a zero edge sum")
+        << chain << none << "" << 1 << 3 << 99 << "9" << 3 << "9" << 3;
+    QTest::newRow("caller's equal weight replaced by a negative edge sum")
+        << "1o-2i@-1 2o-3i" << none << "" << 1 << 3 << 99 << "9" << 3 << "1,2,3" << 3;
+    QTest::newRow("start equal to end gives the node alone")
+        << chain << none << "" << 2 << 2 << 99 << "" << 0 << "2" << 1;
+    const QString twoWays = QStringLiteral("2i-1o 1i-4o 2o-3i 3o-4i");
+    QTest::newRow("no candidate on either side: in side first")
+        << twoWays << none << "" << 2 << 4 << 99 << "" << 0 << "2,1,4" << 3;
+    QTest::newRow("candidate only on the out side: out side first")
+        << twoWays << QList<int> { 3 } << "" << 2 << 4 << 99 << "" << 0 << "2,3,4" << 3;
+    QTest::newRow("candidates on both sides: in side first")
+        << twoWays << QList<int> { 1, 3 } << "" << 2 << 4 << 99 << "" << 0 << "2,1,4" << 3;
+    const QString fork = QStringLiteral("1o-2i 2o-6i 6o-5i 1o-3i 3o-5i");
+    QTest::newRow("without candidates the heavier branch wins")
+        << fork << none << "" << 1 << 5 << 99 << "" << 0 << "1,2,6,5" << 4;
+    QTest::newRow("a candidate neighbour drops the other edges of that side")
+        << fork << QList<int> { 3 } << "" << 1 << 5 << 99 << "" << 0 << "1,3,5" << 3;
+    QTest::newRow("candidates on no neighbour keep every edge")
+        << fork << QList<int> { 5 } << "" << 1 << 5 << 99 << "" << 0 << "1,2,6,5" << 4;
+    const QString diamond = QStringLiteral("1o-2i 2o-5i 1o-3i 3o-5i");
+    QTest::newRow("predicate keeps the search out of a node")
+        << diamond << none << "2" << 1 << 5 << 99 << "" << 0 << "1,3,5" << 3;
+    QTest::newRow("predicate asked with the side the path leaves by")
+        << diamond << none << "2o" << 1 << 5 << 99 << "" << 0 << "1,3,5" << 3;
+    QTest::newRow("predicate on the other side does not matter")
+        << diamond << none << "2i" << 1 << 5 << 99 << "" << 0 << "1,2,5" << 3;
+    QTest::newRow("predicate rejecting the target: nothing found")
+        << diamond << none << "5" << 1 << 5 << 99 << "" << 0 << "" << 0;
+    QTest::newRow("caller-flagged node never entered")
+        << diamond + " f2=1" << none << "" << 1 << 5 << 99 << "" << 0 << "1,3,5" << 3;
+    QTest::newRow("caller-flagged target never reached")
+        << diamond + " f5=3" << none << "" << 1 << 5 << 99 << "" << 0 << "" << 0;
+    QTest::newRow("caller-flagged start searched anyway")
+        << diamond + " f1=4" << none << "" << 1 << 5 << 99 << "" << 0 << "1,2,5" << 3;
+}
+
+void TestTovPathSearcher::twoNode()
+{
+    QFETCH(QString, graph);
+    QFETCH(QList<int>, candidates);
+    QFETCH(QString, forbid);
+    QFETCH(int, start);
+    QFETCH(int, end);
+    QFETCH(int, stop);
+    QFETCH(QString, inPath);
+    QFETCH(int, inWeight);
+    QFETCH(QString, path);
+    QFETCH(int, weight);
+
+    TovGraphStruct g;
+    buildWeighted(g, graph);
+    QMap<int, int> flagsBefore;
+    for (const TovGraphNode *node : g.getNodes())
+        flagsBefore.insert(node->getKey(), node->getFlag());
+    TovPathSearcher searcher;
+    searcher.setKeyPathCandidate(toSet(candidates));
+    searcher.setPathValidFunc(forbidding(forbid));
+    std::vector<int> result = pathFrom(inPath);
+    int resultWeight = inWeight;
+    searcher.searchPath(result, resultWeight, &g, start, end, stop);
+    QCOMPARE(pathText(result), path);
+    QCOMPARE(resultWeight, weight);
+    // Flags come back as found, except the start's, which the search always leaves at 0.
+    if (g.existNode(start) && g.existNode(end))
+        flagsBefore[start] = 0;
+    for (const TovGraphNode *node : g.getNodes())
+        QCOMPARE(node->getFlag(), flagsBefore.value(node->getKey()));
+}
+
+void TestTovPathSearcher::oneNode_data()
+{
+    QTest::addColumn<QString>("graph");
+    QTest::addColumn<QString>("forbid");
+    QTest::addColumn<int>("start");
+    QTest::addColumn<bool>("bothWays");
+    QTest::addColumn<QString>("inPath");
+    QTest::addColumn<int>("inWeight");
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<int>("weight");
+
+    const QString chain = QStringLiteral("1o-2i 2o-3i 3o-4i");
+    QTest::newRow("runs from the start to the end of a chain")
+        << chain << "" << 1 << false << "" << 0 << "1,2,3,4" << 4;
+    QTest::newRow("from the middle the heavier half wins")
+        << chain << "" << 2 << false << "" << 0 << "2,3,4" << 3;
+    QTest::newRow("both ways through the middle: whole chain, start once")
+        << chain << "" << 2 << true << "" << 0 << "1,2,3,4" << 4;
+    QTest::newRow("both ways from an end") << chain << "" << 1 << true << "" << 0 << "1,2,3,4" << 4;
+    QTest::newRow("equal halves: the in side half wins") << "1o-2i 2o-3i"
+                                                         << "" << 2 << false << "" << 0 << "2,1" << 2;
+    QTest::newRow("equal weights: the cheaper out side half wins")
+        << "1o-2i@2 2o-3i@1"
+        << "" << 2 << false << "" << 0 << "2,3" << 2;
+    QTest::newRow("equal weights: the cheaper in side half wins")
+        << "1o-2i@1 2o-3i@2"
+        << "" << 2 << false << "" << 0 << "2,1" << 2;
+    QTest::newRow("predicate ends the path just before the rejected node")
+        << chain << "3" << 1 << false << "" << 0 << "1,2" << 2;
+    QTest::newRow("rejected start side leaves that half empty")
+        << chain << "1o" << 1 << false << "" << 0 << "1" << 1;
+    QTest::newRow("both ways with an empty half still subtracts the start's weight")
+        << chain << "2i" << 2 << true << "" << 0 << "2,3,4" << 2;
+    QTest::newRow("both ways may repeat nodes of the two halves")
+        << "1o-2i 2o-3i 3o-4i 4o-1i"
+        << "" << 1 << true << "" << 0 << "2,3,4,1,2,3,4" << 7;
+    QTest::newRow("caller's heavier weight keeps the path")
+        << chain << "" << 1 << false << "7" << 9 << "7" << 9;
+    QTest::newRow("both ways: joined weight not greater keeps the path")
+        << chain << "" << 2 << true << "7" << 4 << "7" << 4;
+    QTest::newRow("isolated start gives the node alone") << "5"
+                                                         << "" << 5 << false << "" << 0 << "5" << 1;
+    QTest::newRow("isolated start both ways") << "5"
+                                              << "" << 5 << true << "" << 0 << "5" << 1;
+    QTest::newRow("missing start changes nothing") << chain << "" << 99 << false << "7" << 2 << "7" << 2;
+    QTest::newRow("zero node weights: nothing beats weight 0") << "1o-2i n1=0 n2=0"
+                                                               << "" << 1 << false << "" << 0 << "" << 0;
+    QTest::newRow("caller-flagged node ends the path") << chain + " f3=1"
+                                                       << "" << 1 << false << "" << 0 << "1,2" << 2;
+}
+
+void TestTovPathSearcher::oneNode()
+{
+    QFETCH(QString, graph);
+    QFETCH(QString, forbid);
+    QFETCH(int, start);
+    QFETCH(bool, bothWays);
+    QFETCH(QString, inPath);
+    QFETCH(int, inWeight);
+    QFETCH(QString, path);
+    QFETCH(int, weight);
+
+    TovGraphStruct g;
+    buildWeighted(g, graph);
+    TovPathSearcher searcher;
+    searcher.setPathValidFunc(forbidding(forbid));
+    std::vector<int> result = pathFrom(inPath);
+    int resultWeight = inWeight;
+    searcher.searchPath(result, resultWeight, &g, start, bothWays);
+    QCOMPARE(pathText(result), path);
+    QCOMPARE(resultWeight, weight);
+}
+
+void TestTovPathSearcher::keyList_data()
+{
+    QTest::addColumn<QString>("graph");
+    QTest::addColumn<QList<int>>("keys");
+    QTest::addColumn<bool>("keysAreCandidates");
+    QTest::addColumn<QString>("inPath");
+    QTest::addColumn<QString>("path");
+
+    QTest::newRow("single key gives that key") << "1o-2i" << QList<int> { 2 } << false << ""
+                                               << "2";
+    QTest::newRow("no keys leave the path empty") << "1o-2i" << QList<int>() << false << ""
+                                                  << "";
+    QTest::newRow("no two keys connected: the first key alone")
+        << "1o-2i 3 4" << QList<int> { 3, 4, 1 } << false << ""
+        << "3";
+    QTest::newRow("only the first pair connects") << "1o-2i 3" << QList<int> { 1, 2, 3 } << false << ""
+                                                  << "1,2";
+    QTest::newRow("a later pair's heavier path replaces the first")
+        << "1o-2i 2o-5i 5o-3i n5=0" << QList<int> { 1, 2, 3 } << false << ""
+        << "1,2,5,3";
+    QTest::newRow("a later pair's equal weight keeps the first path")
+        << "1o-2i 4o-3i" << QList<int> { 1, 2, 3, 4 } << false << ""
+        << "1,2";
+    QTest::newRow("full cover stops at the first pair")
+        << "1o-2i 2o-3i" << QList<int> { 1, 3, 2 } << false << ""
+        << "1,2,3";
+    QTest::newRow("unknown keys fall back to the first key") << "1o-2i" << QList<int> { 1, 99 } << false << ""
+                                                             << "1";
+    QTest::newRow("without candidates the cheaper detour wins")
+        << "1o-4i@9 1o-2i 2o-4i n2=0" << QList<int> { 1, 4 } << false << ""
+        << "1,2,4";
+    QTest::newRow("keys as candidates keep the search on them")
+        << "1o-4i@9 1o-2i 2o-4i n2=0" << QList<int> { 1, 4 } << true << ""
+        << "1,4";
+    QTest::newRow("the path is appended to, not cleared")
+        << "1o-2i 3 4" << QList<int> { 3, 4 } << false << "7"
+        << "7,3";
+}
+
+void TestTovPathSearcher::keyList()
+{
+    QFETCH(QString, graph);
+    QFETCH(QList<int>, keys);
+    QFETCH(bool, keysAreCandidates);
+    QFETCH(QString, inPath);
+    QFETCH(QString, path);
+
+    TovGraphStruct g;
+    buildWeighted(g, graph);
+    TovPathSearcher searcher;
+    std::vector<int> result = pathFrom(inPath);
+    searcher.searchPath(keys, result, &g, keysAreCandidates);
+    QCOMPARE(pathText(result), path);
+}
+
+void TestTovPathSearcher::region_data()
+{
+    QTest::addColumn<QString>("graph");
+    QTest::addColumn<QList<int>>("keys");
+    QTest::addColumn<QString>("inPath");
+    QTest::addColumn<QString>("path");
+
+    QTest::newRow("larger group searched first")
+        << "1o-2i 10o-11i 11o-12i" << QList<int> { 1, 2, 10, 11, 12 } << ""
+        << "10,11,12";
+    QTest::newRow("equal sizes keep region order") << "1o-2i 10o-11i" << QList<int> { 10, 11, 1, 2 } << ""
+                                                   << "1,2";
+    QTest::newRow("a group that cannot be joined still ends the search with its first key")
+        << "1o-2i 3o-2i 10o-11i" << QList<int> { 1, 3, 10, 11 } << ""
+        << "1";
+    QTest::newRow("only single-key groups: the first given key")
+        << "1o-2i 10o-11i" << QList<int> { 10, 1 } << ""
+        << "10";
+    QTest::newRow("single key") << "1o-2i" << QList<int> { 2 } << ""
+                                << "2";
+    QTest::newRow("empty key list leaves the path untouched") << "1o-2i" << QList<int>() << "7"
+                                                              << "7";
+    QTest::newRow("unknown keys only: the first given key") << "1o-2i" << QList<int> { 98, 99 } << ""
+                                                            << "98";
+    QTest::newRow("a given path keeps the first key out") << "1o-2i 10o-11i" << QList<int> { 10, 1 } << "7"
+                                                          << "7";
+}
+
+void TestTovPathSearcher::region()
+{
+    QFETCH(QString, graph);
+    QFETCH(QList<int>, keys);
+    QFETCH(QString, inPath);
+    QFETCH(QString, path);
+
+    TovGraphStruct g;
+    buildWeighted(g, graph);
+    TovPathSearcher searcher;
+    std::vector<int> result = pathFrom(inPath);
+    searcher.searchPathByRegion(keys, result, &g, true);
+    QCOMPARE(pathText(result), path);
+}
+
+void TestTovPathSearcher::timeout_data()
+{
+    QTest::addColumn<QString>("graph");
+    QTest::addColumn<int>("timeout");
+    QTest::addColumn<bool>("oneNode");
+    QTest::addColumn<bool>("primeTimer");
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<int>("weight");
+
+    // From 1 the direct edge to 4 is tried first; the predicate then sleeps on 4, so that any
+    // running limit of 1 ms has passed before the costlier edge to 2 is considered.
+    const QString g = QStringLiteral("1o-4i 1o-2i@1 2o-4i@1");
+    QTest::newRow("limit passed: best so far stands") << g << 1 << false << false << "1,4" << 2;
+    QTest::newRow("timeout 0: no limit") << g << 0 << false << false << "1,2,4" << 3;
+    QTest::newRow("negative timeout: no limit") << g << -5 << false << false << "1,2,4" << 3;
+    QTest::newRow("limit not yet passed") << g << 600000 << false << false << "1,2,4" << 3;
+    QTest::newRow("best weight of exactly 1 is exempt") << g + " n1=0" << 1 << false << false << "1,2,4" << 2;
+    QTest::newRow("best weight 0 is not exempt") << g + " n1=0 n4=0" << 1 << false << false << "" << 0;
+    QTest::newRow("best weight 0 without a limit") << g + " n1=0 n4=0" << 0 << false << false << "1,2,4" << 1;
+    QTest::newRow("one-node search starts no timer") << g << 1 << true << false << "1,2,4" << 3;
+    QTest::newRow("timer left by a two-node search limits a one-node search")
+        << g << 1 << true << true << "1,4" << 2;
+}
+
+void TestTovPathSearcher::timeout()
+{
+    QFETCH(QString, graph);
+    QFETCH(int, timeout);
+    QFETCH(bool, oneNode);
+    QFETCH(bool, primeTimer);
+    QFETCH(QString, path);
+    QFETCH(int, weight);
+
+    TovGraphStruct g;
+    buildWeighted(g, graph);
+    TovPathSearcher searcher;
+    searcher.setTimeout(timeout);
+    searcher.setPathValidFunc([](const int &key, const bool &) {
+        if (key == 4)
+            QThread::msleep(5);
+        return true;
+    });
+    // Twice on one searcher: a limit that fired deleted its timer, the next search starts anew.
+    for (int round = 0; round < 2; ++round) {
+        if (primeTimer) {
+            std::vector<int> ignored;
+            int ignoredWeight = 0;
+            searcher.searchPath(ignored, ignoredWeight, &g, 1, 1, 99); // starts a timer, never checks it
+        }
+        std::vector<int> result;
+        int resultWeight = 0;
+        if (oneNode)
+            searcher.searchPath(result, resultWeight, &g, 1, false);
+        else
+            searcher.searchPath(result, resultWeight, &g, 1, 4, 99);
+        QCOMPARE(pathText(result), path);
+        QCOMPARE(resultWeight, weight);
+    }
+}
+
+void TestTovPathSearcher::copyKeepsSetup()
+{
+    TovGraphStruct g;
+    buildWeighted(g, QStringLiteral("1o-4i@9 1o-2i 2o-4i 1o-3i 3o-4i"));
+    TovPathSearcher original;
+    original.setKeyPathCandidate({ 3, 4 });
+    original.setPathValidFunc(forbidding(QStringLiteral("4")));
+    original.setKeyPathCandidate({ 3 });
+    TovPathSearcher copy(original);
+    TovPathSearcher assigned;
+    assigned = original;
+    original.setPathValidFunc({});
+    for (TovPathSearcher *s : { &copy, &assigned }) {
+        std::vector<int> result;
+        int weight = 0;
+        s->searchPath(result, weight, &g, 1, false);
+        // Candidate 3 preferred to the equal 2, and 4 refused: both settings travelled.
+        QCOMPARE(pathText(result), QStringLiteral("1,3"));
+    }
+}
+
+void TestTovPathSearcher::protectedOperations()
+{
+    TovGraphStruct g;
+    buildWeighted(g, QStringLiteral("1o-2i@2 1o-3i@1 1o-4i 4o-5i 2o-5i n5=3"));
+    TovGraphNode *one = g.findNode(1);
+    OpenSearcher searcher;
+    QVERIFY(searcher.pathValid(1, true));
+    QVERIFY(!searcher.existAdjacentKey(one, false));
+
+    searcher.setKeyPathCandidate({ 3, 4, 9 });
+    QVERIFY(searcher.existAdjacentKey(one, false));
+    QVERIFY(!searcher.existAdjacentKey(one, true));
+    std::vector<TovGraphEdge *> edges = one->getEdges(false);
+    searcher.simplifyEdges(one, edges);
+    QCOMPARE(edges, (std::vector<TovGraphEdge *> { one->getEdge(3, false), one->getEdge(4, false) }));
+    searcher.setKeyPathCandidate({ 9 });
+    edges = one->getEdges(false);
+    searcher.simplifyEdges(one, edges);
+    QCOMPARE(int(edges.size()), 3); // no candidate among them: all kept
+
+    searcher.setPathValidFunc(forbidding(QStringLiteral("2i")));
+    QVERIFY(!searcher.pathValid(2, true));
+    QVERIFY(searcher.pathValid(2, false));
+
+    // Without a target the recursion records every way's end; the caller marks the start.
+    std::vector<int> best;
+    int bestWeight = 0;
+    int bestScore = 0;
+    one->setFlag(1);
+    searcher.doSearchPath(best, bestWeight, bestScore, one, nullptr, false);
+    QCOMPARE(pathText(best), QStringLiteral("1,4,5"));
+    QCOMPARE(bestWeight, 5);
+    QCOMPARE(bestScore, 0);
+    // A heavier best already held is kept; with a target only the target ends a path.
+    best = { 7 };
+    bestWeight = 9;
+    searcher.doSearchPath(best, bestWeight, bestScore, one, nullptr, false);
+    QCOMPARE(pathText(best), QStringLiteral("7"));
+    bestWeight = 0;
+    bestScore = -100;
+    searcher.doSearchPath(best, bestWeight, bestScore, one, g.findNode(2), false);
+    QCOMPARE(pathText(best), QStringLiteral("1,2"));
+    QCOMPARE(bestScore, -2);
+    QCOMPARE(one->getFlag(), 1);
+    QCOMPARE(g.findNode(2)->getFlag(), 0);
+}
+
+// Differential test against the literal reference: random small graphs, every entry point.
+void TestTovPathSearcher::matchesReference_data()
+{
+    QTest::addColumn<int>("entry"); // 0 two-node, 1 one-node, 2 both ways, 3 key list, 4 region, 5 mixed
+    QTest::addColumn<int>("cases");
+    QTest::newRow("two-node search") << 0 << 3000;
+    QTest::newRow("one-node search") << 1 << 1500;
+    QTest::newRow("one-node search both ways") << 2 << 1500;
+    QTest::newRow("key-list search") << 3 << 2000;
+    QTest::newRow("region search") << 4 << 1500;
+    QTest::newRow("mixed searches on one searcher") << 5 << 1500;
+}
+
+namespace {
+
+struct Trace
+{
+    QVector<QPair<int, bool>> calls;
+};
+
+class Differential
+{
+public:
+    explicit Differential(quint32 seed)
+        : rng(seed)
+    { }
+
+    int pick(int low, int high) { return std::uniform_int_distribution<int>(low, high)(rng); }
+    bool chance(int percent) { return pick(1, 100) <= percent; }
+
+    // Builds the same random graph twice; answers a mismatch description or an empty text.
+    QString build()
+    {
+        const int n = pick(1, 8);
+        while (keys.size() < n) {
+            const int k = pick(-3, 12);
+            if (!keys.contains(k)) {
+                keys << k;
+                tov.addNode(k);
+                reference.addNode(k);
+            }
+        }
+        const int m = pick(0, 2 * n + 2);
+        for (int e = 0; e < m; ++e) {
+            const int k1 = keys.at(pick(0, n - 1));
+            const int k2 = chance(10) ? k1 : keys.at(pick(0, n - 1));
+            const bool in1 = chance(50), in2 = chance(50);
+            const int w = chance(15) ? pick(-2, -1) : pick(0, 4);
+            TovGraphEdge *a = tov.addEdge(k1, k2, in1, in2);
+            ref::Edge *b = reference.addEdge(k1, k2, in1, in2);
+            if (bool(a) != bool(b))
+                return QStringLiteral("addEdge(%1,%2,%3,%4) differs").arg(k1).arg(k2).arg(in1).arg(in2);
+            if (a && chance(70)) {
+                a->setWeight(w);
+                b->weight = w;
+            }
+        }
+        for (int k : qAsConst(keys)) {
+            const int r = pick(1, 100);
+            const int w = r <= 65 ? 1 : r <= 85 ? 0 : pick(-1, 3);
+            const int flag = chance(8) ? pick(1, 3) : 0;
+            tov.findNode(k)->setWeight(w);
+            tov.findNode(k)->setFlag(flag);
+            reference.findNode(k)->weight = w;
+            reference.findNode(k)->flag = flag;
+        }
+        return QString();
+    }
+
+    void setUp()
+    {
+        std::set<int> candidates;
+        if (chance(50)) {
+            for (int k : qAsConst(keys))
+                if (chance(35))
+                    candidates.insert(k);
+        }
+        tovSearcher.setKeyPathCandidate(candidates);
+        refSearcher.setKeyPathCandidate(candidates);
+        if (chance(60)) {
+            QSet<QPair<int, bool>> forbidden;
+            const int count = pick(0, 3);
+            for (int i = 0; i < count; ++i)
+                forbidden.insert({ keys.at(pick(0, keys.size() - 1)), chance(50) });
+            tovSearcher.setPathValidFunc([forbidden, this](const int &k, const bool &in) {
+                tovTrace.calls.append({ k, in });
+                return !forbidden.contains({ k, in });
+            });
+            refSearcher.setPathValidFunc([forbidden, this](const int &k, const bool &in) {
+                refTrace.calls.append({ k, in });
+                return !forbidden.contains({ k, in });
+            });
+        }
+        // A limit that never passes still runs the timer bookkeeping on both sides.
+        const int timeout = chance(25) ? 600000 : 0;
+        tovSearcher.setTimeout(timeout);
+        refSearcher.setTimeout(timeout);
+    }
+
+    int anyKey() { return chance(8) ? 99 : keys.at(pick(0, keys.size() - 1)); }
+
+    QList<int> keyList()
+    {
+        QList<int> list;
+        const int size = pick(0, 5);
+        for (int i = 0; i < size; ++i)
+            list << anyKey();
+        return list;
+    }
+
+    // Runs one search on both; answers a description of the first difference, or empty.
+    QString runOne(int entry)
+    {
+        std::vector<int> tovPath, refPath;
+        if (chance(15))
+            tovPath = refPath = { 42 };
+        int tovWeight = pick(-1, 2), refWeight = tovWeight;
+        QString call;
+        switch (entry) {
+        case 0: {
+            const int start = anyKey(), end = anyKey();
+            const int stop = chance(20) ? INT_MAX : pick(-1, keys.size() + 2);
+            call = QStringLiteral("two-node %1->%2 stop %3").arg(start).arg(end).arg(stop);
+            tovSearcher.searchPath(tovPath, tovWeight, &tov, start, end, stop);
+            refSearcher.searchPath(refPath, refWeight, &reference, start, end, stop);
+            break;
+        }
+        case 1:
+        case 2: {
+            const int start = keys.at(pick(0, keys.size() - 1));
+            call = QStringLiteral("one-node %1 both ways %2").arg(start).arg(entry == 2);
+            tovSearcher.searchPath(tovPath, tovWeight, &tov, start, entry == 2);
+            refSearcher.searchPath(refPath, refWeight, &reference, start, entry == 2);
+            break;
+        }
+        default: {
+            const QList<int> list = keyList();
+            const bool asCandidates = chance(50);
+            call = QStringLiteral("%1 search of %2 candidates %3")
+                       .arg(entry == 3 ? QStringLiteral("key-list") : QStringLiteral("region"))
+                       .arg(pathText(std::vector<int>(list.begin(), list.end())))
+                       .arg(asCandidates);
+            if (entry == 3) {
+                tovSearcher.searchPath(list, tovPath, &tov, asCandidates);
+                refSearcher.searchPath(list, refPath, &reference, asCandidates);
+            } else {
+                tovSearcher.searchPathByRegion(list, tovPath, &tov, asCandidates);
+                refSearcher.searchPathByRegion(list, refPath, &reference, asCandidates);
+            }
+            tovWeight = refWeight = 0;
+            break;
+        }
+        }
+        if (tovPath != refPath || tovWeight != refWeight)
+            return QStringLiteral("%1: path [%2] weight %3, reference [%4] weight %5")
+                .arg(call, pathText(tovPath))
+                .arg(tovWeight)
+                .arg(pathText(refPath))
+                .arg(refWeight);
+        if (tovTrace.calls != refTrace.calls)
+            return QStringLiteral("%1: predicate asked %2 times, reference %3 times (or in another order)")
+                .arg(call)
+                .arg(tovTrace.calls.size())
+                .arg(refTrace.calls.size());
+        for (int k : qAsConst(keys)) {
+            if (tov.findNode(k)->getFlag() != reference.findNode(k)->flag)
+                return QStringLiteral("%1: flag of %2 differs").arg(call).arg(k);
+        }
+        return QString();
+    }
+
+    std::mt19937 rng;
+    QList<int> keys;
+    TovGraphStruct tov;
+    ref::Graph reference;
+    TovPathSearcher tovSearcher;
+    ref::PathSearcher refSearcher;
+    Trace tovTrace, refTrace;
+};
+
+quint32 masterSeed()
+{
+    bool ok = false;
+    const quint32 fixed = qEnvironmentVariable("TOV_GRAPH_SEED").toUInt(&ok);
+    return ok ? fixed : quint32(std::random_device()());
+}
+
+} // namespace
+
+void TestTovPathSearcher::matchesReference()
+{
+    QFETCH(int, entry);
+    QFETCH(int, cases);
+    const quint32 seed = masterSeed();
+    for (int i = 0; i < cases; ++i) {
+        const quint32 caseSeed = seed + quint32(i);
+        Differential d(caseSeed);
+        QString failure = d.build();
+        d.setUp();
+        const int searches = entry == 5 ? d.pick(2, 4) : 1;
+        for (int s = 0; s < searches && failure.isEmpty(); ++s)
+            failure = d.runOne(entry == 5 ? d.pick(0, 4) : entry);
+        if (!failure.isEmpty()) {
+            QFAIL(qPrintable(QStringLiteral("%1 (TOV_GRAPH_SEED=%2 reproduces; this case's seed %3, case %4)")
+                                 .arg(failure)
+                                 .arg(seed)
+                                 .arg(caseSeed)
+                                 .arg(i)));
+        }
+    }
+}
+
+QTEST_GUILESS_MAIN(TestTovPathSearcher)
+#include "tst_tovpathsearcher.moc"
