@@ -365,9 +365,13 @@ void RukParserPrivate::varSlow(const RukInstr &in, RukData &dst)
 
 void RukParserPrivate::mathF(const RukInstr &in, RukData &x) const
 {
-    const double f = x.m_v.f;
+    setReal(in, x, mathValue(in.a, x.m_v.f));
+}
+
+double RukParserPrivate::mathValue(int function, double f)
+{
     double r;
-    switch (in.a) {
+    switch (function) {
     case RukFnAbs:
         r = std::fabs(f);
         break;
@@ -420,7 +424,9 @@ void RukParserPrivate::mathF(const RukInstr &in, RukData &x) const
         r = roundHalfAway(f, 0);
         break;
     }
-    setReal(in, x, r);
+    if (!std::isfinite(r))
+        throwError(tr("计算结果溢出"));
+    return r;
 }
 
 void RukParserPrivate::unary(const RukInstr &in, RukData &x)
@@ -797,6 +803,10 @@ void RukParserPrivate::evaluate(IRukQueryVarDataTypeEvent *typeEvent, void *cont
                 compile(m_program, true);
                 m_programReady = true;
             }
+            if (m_numericResult != RukData::Unknown) {
+                runNumeric(context);
+                return;
+            }
             run(m_program, nullptr, context, nodeMap);
         }
     } catch (...) {
@@ -990,4 +1000,170 @@ void RukParserPrivate::run(const std::vector<RukInstr> &program, IRukQueryVarDat
             break;
         }
     }
+}
+
+// The typed program when it holds only floating-point and boolean values (booleans as 1 and 0),
+// with one indirect jump per instruction (labels as values, as GCC and Clang offer).
+void RukParserPrivate::runNumeric(void *context)
+{
+    static const void *const labels[] = {
+        &&l_RukPushConst,
+        &&l_RukHalt,
+        &&l_RukHalt,
+        &&l_RukHalt,
+        &&l_RukHalt,
+        &&l_RukHalt,
+        &&l_RukHalt,
+        &&l_RukHalt,
+        &&l_RukHalt,
+        &&l_RukHalt,
+        &&l_RukHalt,
+        &&l_RukHalt,
+        &&l_RukHalt,
+        &&l_RukHalt,
+        &&l_RukHalt,
+        &&l_RukHalt,
+        &&l_RukHalt,
+        &&l_RukHalt,
+        &&l_RukHalt,
+        &&l_RukHalt,
+        &&l_RukAndJump,
+        &&l_RukOrJump,
+        &&l_RukToBool,
+        &&l_RukJumpIfFalse,
+        &&l_RukJump,
+        &&l_RukHalt,
+        &&l_RukAddF,
+        &&l_RukAddFI,
+        &&l_RukAddFV,
+        &&l_RukSubF,
+        &&l_RukSubFI,
+        &&l_RukSubFV,
+        &&l_RukMulF,
+        &&l_RukMulFI,
+        &&l_RukMulFV,
+        &&l_RukDivF,
+        &&l_RukDivFI,
+        &&l_RukDivFV,
+        &&l_RukEqF,
+        &&l_RukEqFI,
+        &&l_RukEqFV,
+        &&l_RukNeF,
+        &&l_RukNeFI,
+        &&l_RukNeFV,
+        &&l_RukLtF,
+        &&l_RukLtFI,
+        &&l_RukLtFV,
+        &&l_RukLeF,
+        &&l_RukLeFI,
+        &&l_RukLeFV,
+        &&l_RukGtF,
+        &&l_RukGtFI,
+        &&l_RukGtFV,
+        &&l_RukGeF,
+        &&l_RukGeFI,
+        &&l_RukGeFV,
+        &&l_RukLoadVarF,
+        &&l_RukNegF,
+        &&l_RukMathF,
+        &&l_RukHalt,
+        &&l_RukHalt,
+        &&l_RukHalt
+    };
+    static_assert(sizeof(labels) / sizeof(labels[0]) == RukCodeCount, "one label per operation code");
+    double *st = m_numberStack.data();
+    int sp = 0;
+    const RukInstr *code = m_program.data();
+    const RukInstr *in = code;
+#define RUK_NEXT                                                                                   \
+    ++in;                                                                                          \
+    goto *labels[in->code]
+#define RUK_NUMBER_CASES(CODE, APPLY)                                                              \
+    l_##CODE : {                                                                                   \
+        --sp;                                                                                      \
+        double &x = st[sp - 1];                                                                    \
+        const double y = st[sp];                                                                   \
+        APPLY;                                                                                     \
+        RUK_NEXT;                                                                                  \
+    }                                                                                              \
+    l_##CODE##I : {                                                                                \
+        double &x = st[sp - 1];                                                                    \
+        const double y = in->imm;                                                                  \
+        APPLY;                                                                                     \
+        RUK_NEXT;                                                                                  \
+    }                                                                                              \
+    l_##CODE##V : {                                                                                \
+        const double y = loadFloat(in->a, context);                                                \
+        double &x = st[sp - 1];                                                                    \
+        APPLY;                                                                                     \
+        RUK_NEXT;                                                                                  \
+    }
+#define RUK_NUMBER_ARITH(OP)                                                                       \
+    x OP y;                                                                                        \
+    if (Q_UNLIKELY(!std::isfinite(x)))                                                             \
+    throwError(tr("计算结果溢出"))
+#define RUK_NUMBER_DIVIDE                                                                          \
+    if (Q_UNLIKELY(y == 0.0))                                                                      \
+        throwError(tr("除数为零"));                                                                \
+    RUK_NUMBER_ARITH(/=)
+#define RUK_NUMBER_COMPARE(RESULT)                                                                 \
+    const int c = compareReal(x, y);                                                               \
+    x = (RESULT) ? 1.0 : 0.0
+
+    goto *labels[in->code];
+    RUK_NUMBER_CASES(RukAddF, RUK_NUMBER_ARITH(+=))
+    RUK_NUMBER_CASES(RukSubF, RUK_NUMBER_ARITH(-=))
+    RUK_NUMBER_CASES(RukMulF, RUK_NUMBER_ARITH(*=))
+    RUK_NUMBER_CASES(RukDivF, RUK_NUMBER_DIVIDE)
+    RUK_NUMBER_CASES(RukEqF, RUK_NUMBER_COMPARE(c == 0))
+    RUK_NUMBER_CASES(RukNeF, RUK_NUMBER_COMPARE(c != 0))
+    RUK_NUMBER_CASES(RukLtF, RUK_NUMBER_COMPARE(c < 0))
+    RUK_NUMBER_CASES(RukLeF, RUK_NUMBER_COMPARE(c <= 0))
+    RUK_NUMBER_CASES(RukGtF, RUK_NUMBER_COMPARE(c > 0))
+    RUK_NUMBER_CASES(RukGeF, RUK_NUMBER_COMPARE(c >= 0))
+l_RukLoadVarF:
+    st[sp] = loadFloat(in->a, context);
+    ++sp;
+    RUK_NEXT;
+l_RukPushConst:
+    st[sp] = m_consts[size_t(in->a)].m_v.f;
+    ++sp;
+    RUK_NEXT;
+l_RukNegF:
+    st[sp - 1] = -st[sp - 1];
+    RUK_NEXT;
+l_RukMathF:
+    st[sp - 1] = mathValue(in->a, st[sp - 1]);
+    RUK_NEXT;
+l_RukAndJump:
+    if (st[sp - 1] == 0.0) {
+        in = code + in->a;
+        goto *labels[in->code];
+    }
+    --sp;
+    RUK_NEXT;
+l_RukOrJump:
+    if (st[sp - 1] != 0.0) {
+        in = code + in->a;
+        goto *labels[in->code];
+    }
+    --sp;
+    RUK_NEXT;
+l_RukJumpIfFalse:
+    --sp;
+    if (st[sp] == 0.0) {
+        in = code + in->a;
+        goto *labels[in->code];
+    }
+    RUK_NEXT;
+l_RukJump:
+    in = code + in->a;
+    goto *labels[in->code];
+l_RukToBool: // already a boolean
+    RUK_NEXT;
+l_RukHalt:
+    if (m_numericResult == RukData::Boolean)
+        m_result.setBoolean(st[0] != 0.0);
+    else
+        m_result.setFloat(st[0]);
 }

@@ -788,6 +788,7 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
         int varInstr; // the RukLoadVarF that made it, or -1
     };
     program.clear();
+    bool numeric = typed;
     std::vector<Frame> frames;
     std::vector<Static> types;
     frames.push_back({m_root, 0, -1, 0});
@@ -823,11 +824,13 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
                 if (node.type == RukNode::BinaryOperator && (node.op == RukAnd || node.op == RukOr)) {
                     f.patch = put(node.op == RukAnd ? RukAndJump : RukOrJump, -1, 0, nodeId);
                     --depth;
-                    pop();
+                    if (pop().type != RukData::Boolean)
+                        numeric = false;
                 } else if (node.type == RukNode::Function && node.op == RukFnIf) {
                     if (f.next == 1) {
                         f.patch = put(RukJumpIfFalse, -1, 0, nodeId);
-                        pop();
+                        if (pop().type != RukData::Boolean)
+                            numeric = false;
                     } else {
                         const int jump = put(RukJump, -1, 0, nodeId);
                         program[size_t(f.patch)].a = int(program.size());
@@ -872,7 +875,8 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
             if (node.op == RukAnd || node.op == RukOr) {
                 put(RukToBool, 0, 0, nodeId);
                 program[size_t(done.patch)].a = int(program.size());
-                pop();
+                if (pop().type != RukData::Boolean)
+                    numeric = false;
                 push(RukData::Boolean);
                 break;
             }
@@ -979,4 +983,21 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
     }
     if (m_stack.size() < size_t(maxDepth))
         m_stack.resize(size_t(maxDepth));
+    if (!typed)
+        return;
+    put(RukHalt, 0, 0, m_root);
+    // A program of floating-point and boolean values only runs on a stack of plain doubles.
+    const int resultType = types.back().type;
+    numeric = numeric && (resultType == RukData::Float || resultType == RukData::Boolean);
+    for (size_t i = 0; numeric && i < program.size(); ++i) {
+        const int code = program[i].code;
+        if (code == RukPushConst)
+            numeric = m_consts[size_t(program[i].a)].m_type == RukData::Float;
+        else
+            numeric = (code >= RukAddF && code <= RukMathF) || code == RukAndJump || code == RukOrJump
+                || code == RukToBool || code == RukJumpIfFalse || code == RukJump || code == RukHalt;
+    }
+    m_numericResult = numeric ? resultType : RukData::Unknown;
+    if (numeric && m_numberStack.size() < size_t(maxDepth))
+        m_numberStack.resize(size_t(maxDepth));
 }

@@ -58,7 +58,6 @@ public:
 
 private:
     explicit RukParser(std::shared_ptr<RukParserPrivate> data);
-    RukParserPrivate &checked() const;
     std::shared_ptr<RukParserPrivate> d;
 
     friend class RukEngine;
