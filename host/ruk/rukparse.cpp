@@ -791,11 +791,11 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
     bool numeric = typed;
     std::vector<Frame> frames;
     std::vector<Static> types;
-    frames.push_back({m_root, 0, -1, 0});
+    frames.push_back({ m_root, 0, -1, 0 });
     int depth = 0;
     int maxDepth = 1;
     auto put = [&program](int code, int a, int b, int node) {
-        program.push_back({code, a, b, node, 0.0});
+        program.push_back({ code, a, b, node, 0.0 });
         return int(program.size()) - 1;
     };
     auto pop = [&types]() {
@@ -803,7 +803,7 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
         types.pop_back();
         return top;
     };
-    auto push = [&types](int type, int constInstr = -1) { types.push_back({type, constInstr, -1}); };
+    auto push = [&types](int type, int constInstr = -1) { types.push_back({ type, constInstr, -1 }); };
     auto isIntConst = [](const Static &v) {
         return v.constInstr >= 0 && (v.type == RukData::Integer || v.type == RukData::Int64);
     };
@@ -842,7 +842,7 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
             }
             const int kid = m_kids[size_t(node.firstKid + f.next)];
             ++f.next;
-            frames.push_back({kid, 0, -1, 0});
+            frames.push_back({ kid, 0, -1, 0 });
             continue;
         }
         const Frame done = f;
@@ -850,9 +850,11 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
         switch (node.type) {
         case RukNode::Variable: {
             const int t = m_vars[size_t(node.slot)].dataType;
-            const bool known = typed && (t == RukData::Float || t == RukData::String || t == RukData::Boolean);
-            const int instr = put(typed && t == RukData::Float ? RukLoadVarF : RukLoadVar, node.slot, 0, nodeId);
-            types.push_back({known ? t : 0, -1, t == RukData::Float ? instr : -1});
+            const bool known
+                = typed && (t == RukData::Float || t == RukData::String || t == RukData::Boolean);
+            const int instr
+                = put(typed && t == RukData::Float ? RukLoadVarF : RukLoadVar, node.slot, 0, nodeId);
+            types.push_back({ known ? t : 0, -1, known ? instr : -1 });
             ++depth;
             break;
         }
@@ -884,7 +886,8 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
             Static y = pop();
             Static x = pop();
             const bool comparison = node.op >= RukEq && node.op <= RukGe;
-            const bool arithmetic = node.op == RukAdd || node.op == RukSub || node.op == RukMul || node.op == RukDiv;
+            const bool arithmetic
+                = node.op == RukAdd || node.op == RukSub || node.op == RukMul || node.op == RukDiv;
             if (typed && (comparison || arithmetic)) {
                 if (x.type == RukData::Float && isIntConst(y))
                     floatConst(y);
@@ -892,12 +895,13 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
                     floatConst(x);
             }
             if (typed && (comparison || arithmetic) && x.type == RukData::Float && y.type == RukData::Float) {
-                const int base = comparison          ? RukEqF + 3 * (node.op - RukEq)
-                                 : node.op == RukAdd ? RukAddF
-                                 : node.op == RukSub ? RukSubF
-                                 : node.op == RukMul ? RukMulF
-                                                     : RukDivF;
-                const bool rightIsLast = int(program.size()) - 1 == (y.constInstr >= 0 ? y.constInstr : y.varInstr);
+                const int base = comparison ? RukEqF + 3 * (node.op - RukEq)
+                    : node.op == RukAdd     ? RukAddF
+                    : node.op == RukSub     ? RukSubF
+                    : node.op == RukMul     ? RukMulF
+                                            : RukDivF;
+                const bool rightIsLast
+                    = int(program.size()) - 1 == (y.constInstr >= 0 ? y.constInstr : y.varInstr);
                 if (rightIsLast && y.constInstr >= 0) {
                     // The right operand is the constant just pushed: take it as the immediate.
                     const double imm = m_consts[size_t(program.back().a)].m_v.f;
@@ -915,9 +919,17 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
                 }
                 push(comparison ? RukData::Boolean : RukData::Float);
             } else if (typed && (node.op == RukEq || node.op == RukNe) && x.type == RukData::String
-                       && y.type == RukData::String) {
+                && y.type == RukData::String) {
                 const int code = node.op == RukEq ? RukEqS : RukNeS;
-                if (y.constInstr >= 0 && y.constInstr == int(program.size()) - 1) {
+                const int last = int(program.size()) - 1;
+                if (y.constInstr >= 0 && y.constInstr == last && x.varInstr >= 0 && x.varInstr == last - 1) {
+                    // A text variable against a constant: compared in place.
+                    const int slot = program.back().a;
+                    program.pop_back();
+                    const RukInstr load = program.back();
+                    program.pop_back();
+                    put(node.op == RukEq ? RukEqSV : RukNeSV, load.a, slot, load.node);
+                } else if (y.constInstr >= 0 && y.constInstr == last) {
                     const int slot = program.back().a;
                     program.pop_back();
                     put(code, 0, slot, nodeId);

@@ -77,6 +77,8 @@ enum RukCode : int
     RukMathF, // built-in function a of one floating-point argument
     RukEqS, // the right operand is constant b when b >= 0
     RukNeS,
+    RukEqSV, // text variable a against constant b
+    RukNeSV,
     RukHalt, // ends a typed program
     RukCodeCount
 };
@@ -219,12 +221,13 @@ private:
     void clearExpression();
     void compile(std::vector<RukInstr> &program, bool typed);
     void run(const std::vector<RukInstr> &program, IRukQueryVarDataTypeEvent *typeEvent, void *context,
-             const RukNodeMapInfos *nodeMap);
+        const RukNodeMapInfos *nodeMap);
     void loadVar(const RukInstr &in, RukData &dst, IRukQueryVarDataTypeEvent *typeEvent, void *context,
-                 const RukNodeMapInfos *nodeMap);
+        const RukNodeMapInfos *nodeMap);
     double loadFloat(int var, void *context);
     void runNumeric(void *context);
     double loadFloatSlow(int var);
+    const RukData &loadInPlace(int var, int node, void *context);
     void varSlow(const RukInstr &in, RukData &dst);
     void resetVarFlags();
     void convertVar(const RukInstr &in, RukData &dst);
