@@ -5,6 +5,7 @@
 #include <rukdata.h>
 #include <rukevents.h>
 #include <ruknodemapinfos.h>
+#include <sefexception.h>
 
 #include <QString>
 
