@@ -1,6 +1,9 @@
 // The evaluator of the expression engine: runs the compiled program on a stack of RukData.
 #include "rukparser_p.h"
 
+#include <rukparser.h>
+#include <sefexception.h>
+
 #include <sefcommon.h>
 
 #include <QLocale>
@@ -801,7 +804,7 @@ void RukParserPrivate::call(const RukInstr &in, RukData *args)
     }
 }
 
-void RukParserPrivate::evaluate(
+inline void RukParserPrivate::evaluate(
     IRukQueryVarDataTypeEvent *typeEvent, void *context, const RukNodeMapInfos *nodeMap)
 {
     if (!m_ready) {
@@ -835,6 +838,21 @@ void RukParserPrivate::evaluate(
     }
     RUK_COPY(m_result, m_stack[0]);
     m_result.m_valid = true;
+}
+
+void RukParser::evaluate(const RukQueryVarDataTypeEvent &typeEvent, void *context)
+{
+    if (Q_UNLIKELY(!d))
+        throw SefException(QCoreApplication::translate("RukEngine", "解析器没有创建"));
+    d->evaluate(typeEvent.callback(), context, nullptr);
+}
+
+void RukParser::evaluate(
+    const RukQueryVarDataTypeEvent &typeEvent, void *context, const RukNodeMapInfos &nodeMap)
+{
+    if (Q_UNLIKELY(!d))
+        throw SefException(QCoreApplication::translate("RukEngine", "解析器没有创建"));
+    d->evaluate(typeEvent.callback(), context, &nodeMap);
 }
 
 void RukParserPrivate::run(const std::vector<RukInstr> &program, IRukQueryVarDataTypeEvent *typeEvent,

@@ -40,16 +40,7 @@ void RukParser::setOnQueryVarValue(const RukQueryVarValueEvent &valueEvent)
     checked(d).setValueEvent(valueEvent.callback());
 }
 
-void RukParser::evaluate(const RukQueryVarDataTypeEvent &typeEvent, void *context)
-{
-    checked(d).evaluate(typeEvent.callback(), context, nullptr);
-}
-
-void RukParser::evaluate(
-    const RukQueryVarDataTypeEvent &typeEvent, void *context, const RukNodeMapInfos &nodeMap)
-{
-    checked(d).evaluate(typeEvent.callback(), context, &nodeMap);
-}
+// RukParser::evaluate lives in rukeval.cpp, beside the evaluator it calls.
 
 const RukData &RukParser::result() const
 {
