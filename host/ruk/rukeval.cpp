@@ -330,12 +330,13 @@ inline void RukParserPrivate::loadVar(const RukInstr &in, RukData &dst, IRukQuer
 // check, the number.
 inline double RukParserPrivate::loadFloat(int index, void *context)
 {
-    RukVarState &var = m_vars[size_t(index)];
+    RukVarNode &handle = m_varHandles[size_t(index)];
+    RukVarState &var = *handle.s;
     var.value.m_type = RukData::Unknown;
     if (Q_LIKELY(m_valueImpl))
-        m_valueImpl->queryVarValue(m_varHandles[size_t(index)], context);
+        m_valueImpl->queryVarValue(handle, context);
     else if (m_valueEvent)
-        m_valueEvent->onQueryVarValue(m_varHandles[size_t(index)], context);
+        m_valueEvent->onQueryVarValue(handle, context);
     if (Q_UNLIKELY(var.value.m_type != RukData::Float || var.invalid))
         return loadFloatSlow(index);
     return var.value.m_v.f;
