@@ -3,6 +3,8 @@
 
 #include <sefcommon.h>
 
+#include <limits>
+
 TovKeyValueList::TovKeyValueList()
     : d(new TovKeyValueListPrivate)
 {
@@ -105,9 +107,12 @@ int TovKeyValueList::asInteger(const QString &key, int defaultValue) const
     const QVariant value = getValue(key);
     if (!value.isValid())
         return defaultValue;
+    // Through 64 bits: a variant's own toInt() truncates wider numbers and still reports success.
     bool ok = false;
-    const int result = value.toInt(&ok);
-    return ok ? result : defaultValue;
+    const qint64 result = value.toLongLong(&ok);
+    return ok && result >= std::numeric_limits<int>::min() && result <= std::numeric_limits<int>::max()
+        ? int(result)
+        : defaultValue;
 }
 
 qint64 TovKeyValueList::asInt64(const QString &key, qint64 defaultValue) const

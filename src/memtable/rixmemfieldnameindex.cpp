@@ -2,39 +2,49 @@
 
 namespace {
 
+enum class Walk { Done, Stopped, Malformed };
+
 // Calls emit(unit) with the UTF-16 units of QString::toLower() of [p, end) without building it.
 // toLower maps every code point through its simple lowercase mapping, except U+0130 which
-// becomes "i" + U+0307; lone surrogates stay as they are.
+// becomes "i" + U+0307. A lone surrogate answers Malformed at once: toLower() has rules of its
+// own for those, so callers fall back to it.
 template<typename Emit>
-inline bool forEachLowerUnit(const QChar *p, const QChar *end, Emit emit)
+inline Walk walkLower(const QChar *p, const QChar *end, Emit emit)
 {
     while (p != end) {
         const ushort u = p->unicode();
         ++p;
         if (u < 0x80) {
             if (!emit(ushort(uint(u - 'A') < 26u ? u + 32 : u)))
-                return false;
+                return Walk::Stopped;
             continue;
         }
         uint cp = u;
-        if (QChar::isHighSurrogate(u) && p != end && p->isLowSurrogate()) {
+        if (QChar::isSurrogate(u)) {
+            if (!QChar::isHighSurrogate(u) || p == end || !p->isLowSurrogate())
+                return Walk::Malformed;
             cp = QChar::surrogateToUcs4(u, p->unicode());
             ++p;
         }
         if (cp == 0x130) {
             if (!emit(ushort('i')) || !emit(ushort(0x307)))
-                return false;
+                return Walk::Stopped;
             continue;
         }
-        const uint lower = QChar::isSurrogate(cp) ? cp : QChar::toLower(cp);
+        const uint lower = QChar::toLower(cp);
         if (QChar::requiresSurrogates(lower)) {
             if (!emit(QChar::highSurrogate(lower)) || !emit(QChar::lowSurrogate(lower)))
-                return false;
+                return Walk::Stopped;
         } else if (!emit(ushort(lower))) {
-            return false;
+            return Walk::Stopped;
         }
     }
-    return true;
+    return Walk::Done;
+}
+
+inline void hashUnit(uint &h, ushort unit)
+{
+    h = (h ^ unit) * 16777619u;
 }
 
 } // namespace
@@ -48,10 +58,15 @@ uint RixMemFieldNameIndex::hashLowered(const QString &name)
 {
     uint h = 2166136261u;
     const QChar *p = name.constData();
-    forEachLowerUnit(p, p + name.size(), [&h](ushort unit) {
-        h = (h ^ unit) * 16777619u;
+    const Walk walk = walkLower(p, p + name.size(), [&h](ushort unit) {
+        hashUnit(h, unit);
         return true;
     });
+    if (walk == Walk::Malformed) {
+        h = 2166136261u;
+        for (const QChar c : name.toLower())
+            hashUnit(h, c.unicode());
+    }
     return h ^ (h >> 15);
 }
 
@@ -60,13 +75,15 @@ bool RixMemFieldNameIndex::equalsLowered(const QString &lowerKey, const QString 
     const QChar *k = lowerKey.constData();
     const QChar *kEnd = k + lowerKey.size();
     const QChar *p = name.constData();
-    const bool prefixMatches = forEachLowerUnit(p, p + name.size(), [&k, kEnd](ushort unit) {
+    const Walk walk = walkLower(p, p + name.size(), [&k, kEnd](ushort unit) {
         if (k == kEnd || k->unicode() != unit)
             return false;
         ++k;
         return true;
     });
-    return prefixMatches && k == kEnd;
+    if (walk == Walk::Malformed)
+        return lowerKey == name.toLower();
+    return walk == Walk::Done && k == kEnd;
 }
 
 int RixMemFieldNameIndex::find(const QString &name, uint hash) const

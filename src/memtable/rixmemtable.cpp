@@ -32,6 +32,9 @@ RixMemTable::RixMemTable()
     : QObject(nullptr)
     , d(std::make_unique<RixMemTablePrivate>())
 {
+    // Lets the signals be spied on and queued.
+    static const int recordType = qRegisterMetaType<RixMemRecord *>();
+    Q_UNUSED(recordType)
 }
 
 RixMemTable::RixMemTable(QObject *parent)
