@@ -3,8 +3,7 @@
 SefException::SefException(const QString &message, int code)
     : m_message(message)
     , m_code(code)
-{
-}
+{ }
 
 SefException::~SefException() = default;
 

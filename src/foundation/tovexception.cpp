@@ -2,25 +2,21 @@
 
 TovException::TovException()
     : SefException(QString(), -1)
-{
-}
+{ }
 
 TovException::TovException(const QString &message)
     : SefException(message, -1)
-{
-}
+{ }
 
 TovException::TovException(const QString &message, int code)
     : SefException(message, code)
-{
-}
+{ }
 
 TovException::TovException(const TovException &other) = default;
 
 TovException::TovException(TovException &&other)
     : SefException(other)
-{
-}
+{ }
 
 TovException &TovException::operator=(const TovException &other) = default;
 

@@ -2,18 +2,15 @@
 
 TovNotFoundVarException::TovNotFoundVarException(const QString &message)
     : SefException(message, -1)
-{
-}
+{ }
 
 TovNotFoundVarException::TovNotFoundVarException(const TovNotFoundVarException &other) = default;
 
 TovNotFoundVarException::TovNotFoundVarException(TovNotFoundVarException &&other)
     : SefException(other)
-{
-}
+{ }
 
-TovNotFoundVarException &
-TovNotFoundVarException::operator=(const TovNotFoundVarException &other) = default;
+TovNotFoundVarException &TovNotFoundVarException::operator=(const TovNotFoundVarException &other) = default;
 
 TovNotFoundVarException &TovNotFoundVarException::operator=(TovNotFoundVarException &&other)
 {

@@ -33,7 +33,9 @@ void TestTovException::constructors()
     QFETCH(int, kind);
     QFETCH(QString, message);
     QFETCH(int, code);
-    const TovException e = kind == 0 ? TovException() : kind == 1 ? TovException(message) : TovException(message, code);
+    const TovException e = kind == 0 ? TovException()
+        : kind == 1                  ? TovException(message)
+                                     : TovException(message, code);
     QCOMPARE(e.message(), message);
     QCOMPARE(e.code(), code);
     const TovException copy(e);

@@ -26,16 +26,16 @@ private:
 
 // Verifies that `statement` throws exactly `ExceptionType` (not merely a base of it) with the
 // given message and code.
-#define TOV_VERIFY_THROWS(statement, ExceptionType, expectedMessage, expectedCode)                 \
-    do {                                                                                           \
-        bool tovThrown = false;                                                                    \
-        try {                                                                                      \
-            statement;                                                                             \
-        } catch (const ExceptionType &tovE) {                                                      \
-            tovThrown = true;                                                                      \
+#define TOV_VERIFY_THROWS(statement, ExceptionType, expectedMessage, expectedCode)                           \
+    do {                                                                                                     \
+        bool tovThrown = false;                                                                              \
+        try {                                                                                                \
+            statement;                                                                                       \
+        } catch (const ExceptionType &tovE) {                                                                \
+            tovThrown = true;                                                                                \
             QVERIFY2(typeid(tovE) == typeid(ExceptionType), "thrown type is derived from the expected one"); \
-            QCOMPARE(tovE.message(), QString(expectedMessage));                                    \
-            QCOMPARE(tovE.code(), int(expectedCode));                                              \
-        }                                                                                          \
-        QVERIFY2(tovThrown, "expected " #ExceptionType " from: " #statement);                      \
+            QCOMPARE(tovE.message(), QString(expectedMessage));                                              \
+            QCOMPARE(tovE.code(), int(expectedCode));                                                        \
+        }                                                                                                    \
+        QVERIFY2(tovThrown, "expected " #ExceptionType " from: " #statement);                                \
     } while (false)

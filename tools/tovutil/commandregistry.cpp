@@ -27,7 +27,7 @@ bool TovUtilCommands::add(TovUtilCommand command)
     auto &commands = all();
     commands.push_back(std::move(command));
     std::sort(commands.begin(), commands.end(),
-              [](const TovUtilCommand &a, const TovUtilCommand &b) { return a.name < b.name; });
+        [](const TovUtilCommand &a, const TovUtilCommand &b) { return a.name < b.name; });
     return true;
 }
 
@@ -52,8 +52,8 @@ int tovFail(const QString &message)
 
 QString tovDataDir()
 {
-    const QString installed = QDir(QCoreApplication::applicationDirPath())
-                                  .absoluteFilePath(QStringLiteral("../share/tovutil"));
+    const QString installed
+        = QDir(QCoreApplication::applicationDirPath()).absoluteFilePath(QStringLiteral("../share/tovutil"));
     if (QFileInfo(installed).isDir())
         return QDir::cleanPath(installed);
     return QStringLiteral(TOVUTIL_DATA_DIR);

@@ -33,6 +33,6 @@ QString tovDataDir();
 
 #define TOVUTIL_CONCAT_INNER(a, b) a##b
 #define TOVUTIL_CONCAT(a, b) TOVUTIL_CONCAT_INNER(a, b)
-#define TOVUTIL_COMMAND(name, summary, function)                                                   \
-    static const bool TOVUTIL_CONCAT(tovutilRegistered, __LINE__) =                                \
-        TovUtilCommands::add({QStringLiteral(name), QStringLiteral(summary), function})
+#define TOVUTIL_COMMAND(name, summary, function)                                                             \
+    static const bool TOVUTIL_CONCAT(tovutilRegistered, __LINE__)                                            \
+        = TovUtilCommands::add({ QStringLiteral(name), QStringLiteral(summary), function })

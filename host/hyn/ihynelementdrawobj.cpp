@@ -1,0 +1,4 @@
+#include "ihynelementdrawobj.h"
+
+// Out of line: anchors the virtual table in the host library.
+IHynElementDrawObj::~IHynElementDrawObj() = default;

@@ -1,0 +1,1 @@
+tov_add_test(tst_tovmemproperties SOURCES tst_tovmemproperties.cpp LABELS expr)
