@@ -203,6 +203,9 @@ void RixMemTable::clear()
 {
     const QList<RixMemRecord *> records = std::move(d->records);
     d->records.clear();
+    // No remove signals follow: borrowers let go of the records now.
+    for (RixMemRecordBorrower *borrower : qAsConst(d->borrowers))
+        borrower->recordsDeleting(records);
     for (RixMemRecord *record : records)
         deleteRecord(record);
     d->nextID = 0;

@@ -116,6 +116,7 @@ protected:
 
 private:
     friend class RixMemRecord;
+    friend class RixMemTableView;
 
     // Loads one line's cells into a new record; appended when a value was set, else deleted.
     void loadCells(const QString &line, QChar separator, const QVector<int> &columns);

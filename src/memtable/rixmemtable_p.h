@@ -10,6 +10,17 @@
 class RixMemRecord;
 class RixMemTable;
 
+// Something that keeps pointers to a table's records (a view). clear() deletes records without
+// the remove signals, so it tells the borrowers first.
+class RixMemRecordBorrower
+{
+public:
+    virtual void recordsDeleting(const QList<RixMemRecord *> &records) = 0;
+
+protected:
+    ~RixMemRecordBorrower() = default;
+};
+
 class RixMemTablePrivate
 {
 public:
@@ -19,4 +30,5 @@ public:
     int nextID = 1;
     QString tableName;
     RixMemTable *refTable = nullptr;
+    QList<RixMemRecordBorrower *> borrowers;
 };
