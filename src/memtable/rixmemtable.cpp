@@ -4,6 +4,7 @@
 #include "rixmemfield.h"
 #include "rixmemfields.h"
 #include "rixmemrecord.h"
+#include "rixmemtableview.h"
 
 #include <QFile>
 #include <QJsonDocument>
@@ -253,6 +254,15 @@ void RixMemTable::sortByField(QString fieldName)
     std::sort(d->records.begin(), d->records.end(), [index](RixMemRecord *a, RixMemRecord *b) {
         return a->getVariant(index).toInt() < b->getVariant(index).toInt();
     });
+}
+
+RixMemTableView *RixMemTable::createView(
+    const QString &name, std::function<void(RixMemRecord *, bool &)> filter)
+{
+    auto *view = new RixMemTableView(this, this);
+    view->setObjectName(name);
+    view->applyFilter(name, std::move(filter));
+    return view;
 }
 
 void RixMemTable::appendRecords(RixMemTable *source)

@@ -8,12 +8,14 @@
 #include <QStringList>
 #include <QVariant>
 
+#include <functional>
 #include <memory>
 
 class RixMemField;
 class RixMemFields;
 class RixMemRecord;
 class RixMemTablePrivate;
+class RixMemTableView;
 
 // A named table of typed fields and the records it owns. A table layered over a reference table
 // uses that table's field set and name, and its records may inherit the reference's records'
@@ -74,6 +76,10 @@ public:
     // Ascending, unstable. Int and Double fields compare by their integer conversion; a field of
     // any other type leaves every pair equal.
     void sortByField(QString fieldName);
+
+    // A view of all records narrowed by filter (none when empty), named name. The table is the
+    // view's parent: it is deleted with the table unless the caller deletes it first.
+    RixMemTableView *createView(const QString &name, std::function<void(RixMemRecord *, bool &)> filter);
 
     // Appends copies of source's records (stored values and reference records) with new identities.
     void appendRecords(RixMemTable *source);
