@@ -8,16 +8,15 @@ class TestRixMemTableFilterRules : public QObject
     Q_OBJECT
 
 private slots:
-    void lookups_data();
-    void lookups();
-    void valuesByName();
+    void lookupsByName_data();
+    void lookupsByName();
     void removal_data();
     void removal();
     void toString_data();
     void toString();
 };
 
-void TestRixMemTableFilterRules::lookups_data()
+void TestRixMemTableFilterRules::lookupsByName_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<int>("index");
@@ -26,42 +25,27 @@ void TestRixMemTableFilterRules::lookups_data()
     QTest::newRow("in another case") << "WIDTH" << 1;
     QTest::newRow("of two rules with one name the first") << "kind" << 0;
     QTest::newRow("unknown") << "Height" << -1;
-    QTest::newRow("empty name") << "" << -1;
 }
 
-void TestRixMemTableFilterRules::lookups()
+void TestRixMemTableFilterRules::lookupsByName()
 {
     QFETCH(QString, name);
     QFETCH(int, index);
 
     RixMemTableFilterRules rules;
-    RixMemTableFilterRule *kind
-        = rules.add(QStringLiteral("Kind"), RixMemTableFilterRule::Equal, QStringLiteral("A"));
-    RixMemTableFilterRule *width = rules.add(QStringLiteral("Width"), RixMemTableFilterRule::LeastOne);
+    rules.add(QStringLiteral("Kind"), RixMemTableFilterRule::Equal, QStringLiteral("A"));
+    rules.add(QStringLiteral("Width"), RixMemTableFilterRule::LeastOne);
     rules.add(QStringLiteral("KIND"), RixMemTableFilterRule::LeastOne, 3);
-    QCOMPARE(rules.count(), 3);
-    QCOMPARE(rules.at(0), kind);
-    QCOMPARE(rules.at(1), width);
-    QVERIFY(width->fieldValue().isNull());
-    QCOMPARE(width->conditionType(), RixMemTableFilterRule::LeastOne);
-
     QCOMPARE(rules.indexOf(name), index);
     QCOMPARE(rules.exists(name), index >= 0);
     QCOMPARE(rules.find(name), index >= 0 ? rules.at(index) : nullptr);
-}
+    QCOMPARE(rules.getValue(name), index >= 0 ? rules.at(index)->fieldValue() : QVariant());
 
-void TestRixMemTableFilterRules::valuesByName()
-{
-    RixMemTableFilterRules rules;
-    rules.add(QStringLiteral("Kind"), RixMemTableFilterRule::Equal, QStringLiteral("A"));
-    rules.add(QStringLiteral("kind"), RixMemTableFilterRule::Equal, QStringLiteral("B"));
-    QCOMPARE(rules.getValue(QStringLiteral("KIND")), QVariant(QStringLiteral("A")));
-    rules.setValue(QStringLiteral("kInD"), 7);
-    QCOMPARE(rules.at(0)->fieldValue(), QVariant(7));
-    QCOMPARE(rules.at(1)->fieldValue(), QVariant(QStringLiteral("B")));
-    rules.setValue(QStringLiteral("Height"), 1); // unknown: ignored, nothing added
-    QCOMPARE(rules.count(), 2);
-    QVERIFY(!rules.getValue(QStringLiteral("Height")).isValid());
+    rules.setValue(name, 7);
+    QCOMPARE(rules.count(), 3); // an unknown name is not added
+    if (index >= 0)
+        QCOMPARE(rules.at(index)->fieldValue(), QVariant(7));
+    QCOMPARE(rules.at(2)->fieldValue(), QVariant(3));
 }
 
 void TestRixMemTableFilterRules::removal_data()
@@ -94,9 +78,6 @@ void TestRixMemTableFilterRules::removal()
     for (int i = 0; i < rules.count(); ++i)
         names.append(rules.at(i)->fieldName());
     QCOMPARE(names, left);
-    rules.clear();
-    QCOMPARE(rules.count(), 0);
-    QCOMPARE(rules.toString(), QString());
 }
 
 void TestRixMemTableFilterRules::toString_data()
@@ -107,7 +88,6 @@ void TestRixMemTableFilterRules::toString_data()
     QTest::newRow("text") << QVariant(QStringLiteral("边沟")) << "Kind=边沟;Width=2.5";
     QTest::newRow("number in the shortest form")
         << QVariant(0.1 + 0.2) << "Kind=0.30000000000000004;Width=2.5";
-    QTest::newRow("boolean") << QVariant(true) << "Kind=true;Width=2.5";
     QTest::newRow("null value as empty text") << QVariant() << "Kind=;Width=2.5";
 }
 
@@ -120,6 +100,8 @@ void TestRixMemTableFilterRules::toString()
     rules.add(QStringLiteral("Kind"), RixMemTableFilterRule::Equal, value);
     rules.add(QStringLiteral("Width"), RixMemTableFilterRule::LeastOne, 2.5);
     QCOMPARE(rules.toString(), text);
+    rules.clear();
+    QCOMPARE(rules.toString(), QString());
 }
 
 QTEST_GUILESS_MAIN(TestRixMemTableFilterRules)
