@@ -265,6 +265,11 @@ void TestRixMemTable::loadFromJson_data()
         << QByteArray(R"([{"ID":7},{"ID":3}])") << "0:7|;7:3|" << 8;
     QTest::newRow("keys found in any case, unknown keys ignored")
         << QByteArray(R"([{"id":1,"NAME":"x","Other":5}])") << "0:1|x" << 1;
+    QTest::newRow("rows with changing key sets")
+        << QByteArray(R"([{"ID":1,"Name":"a"},{"ID":2,"NAME":"b"},{"id":3,"Name":"c","X":0},{"ID":4,"Name":"d"},{"Name":"e","ID":5}])")
+        << "0:1|a;1:2|b;2:3|c;3:4|d;4:5|e" << 5;
+    QTest::newRow("keys equal in any case: the last in key order wins, on every row")
+        << QByteArray(R"([{"NAME":"x","name":"y"},{"name":"v","NAME":"u"}])") << "0:|y;1:|v" << 2;
     QTest::newRow("without ID field numbering goes on")
         << QByteArray(R"([{"Name":"x"},{"Name":"y"}])") << "0:|x;1:|y" << 2;
     QTest::newRow("a non-object element is an empty record")
