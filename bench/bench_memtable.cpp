@@ -57,7 +57,8 @@ QString cell(int row, int column)
 const QByteArray &jsonBytes()
 {
     static const QByteArray bytes = [] {
-        static const char *const keys[] = {"ID", "Code", "Name", "Width", "Height", "Ratio", "Paved", "Note"};
+        static const char *const keys[]
+            = { "ID", "Code", "Name", "Width", "Height", "Ratio", "Paved", "Note" };
         QJsonArray array;
         for (int row = 0; row < rowCount; ++row) {
             QJsonObject object;
@@ -184,8 +185,8 @@ struct LookupFixture
     LookupFixture()
     {
         addFields(table);
-        table.loadFromString(QStringLiteral("1;R00001;填方边坡;0.5;2.5;1.5;true;note"), QLatin1Char(';'),
-                             QStringList());
+        table.loadFromString(
+            QStringLiteral("1;R00001;填方边坡;0.5;2.5;1.5;true;note"), QLatin1Char(';'), QStringList());
         record = table.items(0);
         names = table.fields()->fieldNames();
     }
@@ -219,9 +220,13 @@ void Lookup_byindex(benchmark::State &state)
 int main(int argc, char **argv)
 {
     benchmark::RegisterBenchmark("LoadJson/tov", LoadJson_tov)->Unit(benchmark::kMillisecond)->UseRealTime();
-    benchmark::RegisterBenchmark("LoadJson/floor", LoadJson_floor)->Unit(benchmark::kMillisecond)->UseRealTime();
+    benchmark::RegisterBenchmark("LoadJson/floor", LoadJson_floor)
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
     benchmark::RegisterBenchmark("LoadCsv/tov", LoadCsv_tov)->Unit(benchmark::kMillisecond)->UseRealTime();
-    benchmark::RegisterBenchmark("LoadCsv/floor", LoadCsv_floor)->Unit(benchmark::kMillisecond)->UseRealTime();
+    benchmark::RegisterBenchmark("LoadCsv/floor", LoadCsv_floor)
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
     benchmark::RegisterBenchmark("Lookup/tov", Lookup_tov);
     benchmark::RegisterBenchmark("Lookup/byindex", Lookup_byindex);
     benchmark::Initialize(&argc, argv);

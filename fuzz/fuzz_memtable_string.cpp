@@ -19,7 +19,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     table.addField(QStringLiteral("B"), QString(), QVariant::Int)->setVisible(false);
     table.addField(QStringLiteral("名称"), QString(), QVariant::String);
     table.loadFromString(text, separator, QStringList());
-    table.loadFromString(text, separator, QStringList{QStringLiteral("b"), QStringLiteral("zz"), QStringLiteral("a")});
+    table.loadFromString(
+        text, separator, QStringList { QStringLiteral("b"), QStringLiteral("zz"), QStringLiteral("a") });
     QByteArray json;
     table.saveToJson(json);
     table.sortByField(QStringLiteral("B"));

@@ -12,8 +12,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <cstring>
+#include <limits>
 
 namespace {
 
@@ -42,8 +42,8 @@ QVariant jsonToVariant(const QJsonValue &json, int type)
         const double number = json.toDouble();
         if (type == QMetaType::Double)
             return QVariant(number);
-        if (type == QMetaType::Int && number == std::trunc(number) && number >= std::numeric_limits<int>::min()
-            && number <= std::numeric_limits<int>::max())
+        if (type == QMetaType::Int && number == std::trunc(number)
+            && number >= std::numeric_limits<int>::min() && number <= std::numeric_limits<int>::max())
             return QVariant(int(number));
     }
     QVariant value = json.toVariant();
@@ -106,8 +106,8 @@ int RixMemTable::addField(RixMemField *field)
     return fields()->addField(field);
 }
 
-RixMemField *RixMemTable::addField(const QString &fieldName, const QString &displayName,
-                                   QVariant::Type dataType)
+RixMemField *RixMemTable::addField(
+    const QString &fieldName, const QString &displayName, QVariant::Type dataType)
 {
     return fields()->addField(fieldName, displayName, dataType);
 }

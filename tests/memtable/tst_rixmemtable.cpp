@@ -99,7 +99,7 @@ void TestRixMemTable::identities()
         ids << record->iD();
         table.appendRecord(record);
     }
-    QCOMPARE(ids, (QList<int>{2, 3}));
+    QCOMPARE(ids, (QList<int> { 2, 3 }));
     table.clear();
     ids.clear();
     for (int i = 0; i < 3; ++i) {
@@ -107,7 +107,7 @@ void TestRixMemTable::identities()
         ids << record->iD();
         table.appendRecord(record);
     }
-    QCOMPARE(ids, (QList<int>{0, 1, 2}));
+    QCOMPARE(ids, (QList<int> { 0, 1, 2 }));
 }
 
 void TestRixMemTable::csvFile_data()
@@ -133,10 +133,8 @@ void TestRixMemTable::csvFile_data()
         << "a,b" << QByteArray("a,b\n  1 , 2  \r\n") << true << "1:1 | 2";
     QTest::newRow("blank and comma-only lines draw an identity but add nothing")
         << "a" << QByteArray("a\n\n,,\n5\n") << true << "3:5";
-    QTest::newRow("last line without newline")
-        << "a" << QByteArray("a\n1\n2") << true << "1:1;2:2";
-    QTest::newRow("values stay text on a typed table")
-        << "a" << QByteArray("a\n007\n") << true << "1:007";
+    QTest::newRow("last line without newline") << "a" << QByteArray("a\n1\n2") << true << "1:1;2:2";
+    QTest::newRow("values stay text on a typed table") << "a" << QByteArray("a\n007\n") << true << "1:007";
     QTest::newRow("header only") << "a" << QByteArray("a\n") << true << "";
     QTest::newRow("invalid UTF-8 decoded with replacement")
         << "a,b" << QByteArray("a,b\n\xff,\xe4\xb8\n") << true << QStringLiteral("1:\uFFFD|\uFFFD\uFFFD");
@@ -173,10 +171,12 @@ void TestRixMemTable::csvFixtures_data()
     QTest::addColumn<QString>("file");
     QTest::addColumn<QString>("fields");
     QTest::addColumn<QString>("expected");
-    QTest::newRow("unknown header column, CRLF lines")
-        << "header_unknown_column.csv" << "ID,Name,Width" << "1:1|x|边沟;2:2|y|路肩";
-    QTest::newRow("byte-order mark skipped, full-width spaces trimmed")
-        << "bom_fullwidth_space.csv" << "Name,Width" << "1:中央分隔带|2;4:路缘石|0.15";
+    QTest::newRow("unknown header column, CRLF lines") << "header_unknown_column.csv"
+                                                       << "ID,Name,Width"
+                                                       << "1:1|x|边沟;2:2|y|路肩";
+    QTest::newRow("byte-order mark skipped, full-width spaces trimmed") << "bom_fullwidth_space.csv"
+                                                                        << "Name,Width"
+                                                                        << "1:中央分隔带|2;4:路缘石|0.15";
 }
 
 void TestRixMemTable::csvFixtures()
@@ -229,13 +229,20 @@ void TestRixMemTable::loadFromString_data()
     QTest::addColumn<QStringList>("names");
     QTest::addColumn<QString>("expected");
 
-    QTest::newRow("visible fields when no names are given") << "1;2;3\n4;5;6" << ";" << QStringList() << "0:1||2;1:4||5";
-    QTest::newRow("named columns in the order given") << "1;2" << ";" << QStringList{"C", "a"} << "0:2||1";
-    QTest::newRow("unknown names dropped") << "1;2" << ";" << QStringList{"zz", "b"} << "0:|1|";
-    QTest::newRow("blank lines skipped without identity") << "\n  \n1\n\n2" << ";" << QStringList() << "0:1||;1:2||";
-    QTest::newRow("separator-only line draws an identity") << ";;\n7" << ";" << QStringList() << "1:7||";
-    QTest::newRow("empty cells shift left") << "\t;;x;y\t" << ";" << QStringList() << "0:x||y";
-    QTest::newRow("empty text clears") << "" << ";" << QStringList() << "";
+    QTest::newRow("visible fields when no names are given") << "1;2;3\n4;5;6"
+                                                            << ";" << QStringList() << "0:1||2;1:4||5";
+    QTest::newRow("named columns in the order given") << "1;2"
+                                                      << ";" << QStringList { "C", "a" } << "0:2||1";
+    QTest::newRow("unknown names dropped") << "1;2"
+                                           << ";" << QStringList { "zz", "b" } << "0:|1|";
+    QTest::newRow("blank lines skipped without identity") << "\n  \n1\n\n2"
+                                                          << ";" << QStringList() << "0:1||;1:2||";
+    QTest::newRow("separator-only line draws an identity") << ";;\n7"
+                                                           << ";" << QStringList() << "1:7||";
+    QTest::newRow("empty cells shift left") << "\t;;x;y\t"
+                                            << ";" << QStringList() << "0:x||y";
+    QTest::newRow("empty text clears") << ""
+                                       << ";" << QStringList() << "";
 }
 
 void TestRixMemTable::loadFromString()
@@ -265,9 +272,9 @@ void TestRixMemTable::loadFromJson_data()
         << QByteArray(R"([{"ID":7},{"ID":3}])") << "0:7|;7:3|" << 8;
     QTest::newRow("keys found in any case, unknown keys ignored")
         << QByteArray(R"([{"id":1,"NAME":"x","Other":5}])") << "0:1|x" << 1;
-    QTest::newRow("rows with changing key sets")
-        << QByteArray(R"([{"ID":1,"Name":"a"},{"ID":2,"NAME":"b"},{"id":3,"Name":"c","X":0},{"ID":4,"Name":"d"},{"Name":"e","ID":5}])")
-        << "0:1|a;1:2|b;2:3|c;3:4|d;4:5|e" << 5;
+    QTest::newRow("rows with changing key sets") << QByteArray(
+        R"([{"ID":1,"Name":"a"},{"ID":2,"NAME":"b"},{"id":3,"Name":"c","X":0},{"ID":4,"Name":"d"},{"Name":"e","ID":5}])")
+                                                 << "0:1|a;1:2|b;2:3|c;3:4|d;4:5|e" << 5;
     QTest::newRow("keys equal in any case: the last in key order wins, on every row")
         << QByteArray(R"([{"NAME":"x","name":"y"},{"name":"v","NAME":"u"}])") << "0:|y;1:|v" << 2;
     QTest::newRow("without ID field numbering goes on")
@@ -333,7 +340,8 @@ void TestRixMemTable::loadFromJsonOverReference()
 
     RixMemTable layer;
     layer.setRefTable(&base);
-    layer.loadFromJson(QByteArray(R"([{"_RefID":20},{"_RefID":10,"Name":"A"},{"_RefID":99},{"Name":"new"}])"));
+    layer.loadFromJson(
+        QByteArray(R"([{"_RefID":20},{"_RefID":10,"Name":"A"},{"_RefID":99},{"Name":"new"}])"));
     QCOMPARE(layer.recordCount(), 4);
     QCOMPARE(layer.items(0)->refRecord(), base.items(1));
     QCOMPARE(layer.items(1)->refRecord(), base.items(0)); // the first match wins
@@ -351,9 +359,12 @@ void TestRixMemTable::saveToJson_data()
     QTest::addColumn<QString>("expected");
 
     QTest::newRow("stored values, field names as spelled, types kept")
-        << "1;边沟;0.5" << R"([{"ID":1,"Name":"边沟","Width":0.5}])";
-    QTest::newRow("null values left out") << "2;x" << R"([{"ID":2,"Name":"x"}])";
-    QTest::newRow("no records: byte array untouched") << "" << "untouched";
+        << "1;边沟;0.5"
+        << R"([{"ID":1,"Name":"边沟","Width":0.5}])";
+    QTest::newRow("null values left out") << "2;x"
+                                          << R"([{"ID":2,"Name":"x"}])";
+    QTest::newRow("no records: byte array untouched") << ""
+                                                      << "untouched";
 }
 
 void TestRixMemTable::saveToJson()
@@ -392,7 +403,7 @@ void TestRixMemTable::layerSavesOnlyChanges()
     layer.appendRefRecords(&base);
     QCOMPARE(dump(layer), QStringLiteral("1:1|a;2:2|b;3:3|c"));
 
-    QJsonArray array{QStringLiteral("already there")};
+    QJsonArray array { QStringLiteral("already there") };
     layer.saveToJson(array);
     QVERIFY2(array.isEmpty(), "an unchanged layer replaces the whole array by an empty one");
     QCOMPARE(savedJson(layer), QStringLiteral("untouched"));
@@ -528,7 +539,8 @@ void TestRixMemTable::deleteRecordDeletes()
     QPointer<RixMemRecord> first = table.items(0);
     QPointer<RixMemRecord> second = table.items(1);
     int ownerSeenBefore = -1;
-    connect(&table, &RixMemTable::onBeforeRemove, this, [&](RixMemRecord *r) { ownerSeenBefore = r->index(); });
+    connect(
+        &table, &RixMemTable::onBeforeRemove, this, [&](RixMemRecord *r) { ownerSeenBefore = r->index(); });
     table.deleteRecord(0);
     QVERIFY(first.isNull());
     QCOMPARE(ownerSeenBefore, 0);
@@ -544,12 +556,13 @@ void TestRixMemTable::sortByField_data()
     QTest::addColumn<QVariantList>("values");
     QTest::addColumn<QVariantList>("sorted"); // for records that compare equal: the set of values
 
-    QTest::newRow("int field ascending") << "N" << QVariantList{3, -1, 2} << QVariantList{-1, 2, 3};
+    QTest::newRow("int field ascending") << "N" << QVariantList { 3, -1, 2 } << QVariantList { -1, 2, 3 };
     QTest::newRow("double field: 1.4 and 1.2 compare equal")
-        << "D" << QVariantList{2.6, 1.4, 1.2} << QVariantList{QVariant(), QVariant(), 2.6};
+        << "D" << QVariantList { 2.6, 1.4, 1.2 } << QVariantList { QVariant(), QVariant(), 2.6 };
     QTest::newRow("text field: all equal, a permutation")
-        << "T" << QVariantList{"b", "c", "a"} << QVariantList{QVariant(), QVariant(), QVariant()};
-    QTest::newRow("unknown field: nothing happens") << "Nope" << QVariantList{2, 1} << QVariantList{2, 1};
+        << "T" << QVariantList { "b", "c", "a" } << QVariantList { QVariant(), QVariant(), QVariant() };
+    QTest::newRow("unknown field: nothing happens")
+        << "Nope" << QVariantList { 2, 1 } << QVariantList { 2, 1 };
 }
 
 void TestRixMemTable::sortByField()
