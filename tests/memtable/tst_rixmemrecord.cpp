@@ -30,7 +30,6 @@ private slots:
     void isNullValues_data();
     void isNullValues();
     void assignAndAssignValues();
-    void valuesAreNotLengthChecked();
     void destructorTakesRecordOutOfItsTable();
     void tableAndIndex();
 
@@ -255,16 +254,6 @@ void TestRixMemRecord::assignAndAssignValues()
     QCOMPARE(flat.getValues().at(1), QVariant(8.0));
     ref.setVariant(QStringLiteral("Name"), QStringLiteral("changed"));
     QCOMPARE(flat.asString(QStringLiteral("Name")), QStringLiteral("路面"));
-}
-
-void TestRixMemRecord::valuesAreNotLengthChecked()
-{
-    RixMemRecord record(m_table.get());
-    QVector<QVariant> values { 1, 2 };
-    record.setValues(values);
-    QCOMPARE(record.getValues().size(), 2);
-    QVERIFY(record.getVariant(QStringLiteral("Name")).isNull());
-    QCOMPARE(record.asInteger(QStringLiteral("Width")), 2);
 }
 
 void TestRixMemRecord::destructorTakesRecordOutOfItsTable()
