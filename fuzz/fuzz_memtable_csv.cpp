@@ -14,6 +14,12 @@
 
 namespace {
 
+// Every byte, NUL included: QString::fromUtf8(QByteArray) would stop at the first NUL.
+QString utf8(const QByteArray &bytes)
+{
+    return QString::fromUtf8(bytes.constData(), bytes.size());
+}
+
 QList<QStringList> expectedRows(QByteArray bytes, int fieldCount)
 {
     QList<QStringList> rows;
@@ -24,11 +30,10 @@ QList<QStringList> expectedRows(QByteArray bytes, int fieldCount)
         lines.removeLast();
     if (lines.isEmpty())
         return rows;
-    const int columns = qMin(
-        fieldCount, QString::fromUtf8(lines.takeFirst()).trimmed().split(',', Qt::SkipEmptyParts).size());
+    const int columns
+        = qMin(fieldCount, utf8(lines.takeFirst()).trimmed().split(',', Qt::SkipEmptyParts).size());
     for (const QByteArray &line : qAsConst(lines)) {
-        const QStringList cells
-            = QString::fromUtf8(line).trimmed().split(',', Qt::SkipEmptyParts).mid(0, columns);
+        const QStringList cells = utf8(line).trimmed().split(',', Qt::SkipEmptyParts).mid(0, columns);
         if (!cells.isEmpty())
             rows << cells;
     }
