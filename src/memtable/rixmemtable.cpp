@@ -17,7 +17,7 @@
 
 namespace {
 
-const QString idFieldName()
+QString idFieldName()
 {
     return QStringLiteral("ID");
 }
