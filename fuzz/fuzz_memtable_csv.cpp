@@ -20,11 +20,9 @@ QString utf8(const QByteArray &bytes)
     return QString::fromUtf8(bytes.constData(), bytes.size());
 }
 
-QList<QStringList> expectedRows(QByteArray bytes, int fieldCount)
+QList<QStringList> expectedRows(const QByteArray &bytes, int fieldCount)
 {
     QList<QStringList> rows;
-    if (bytes.startsWith("\xEF\xBB\xBF"))
-        bytes.remove(0, 3);
     QList<QByteArray> lines = bytes.split('\n');
     if (bytes.endsWith('\n'))
         lines.removeLast();
