@@ -12,11 +12,13 @@
 #include <QJsonValue>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
+#include <limits>
 
 namespace {
 
-const QString idFieldName()
+QString idFieldName()
 {
     return QStringLiteral("ID");
 }
@@ -25,6 +27,49 @@ const QString idFieldName()
 inline bool isAsciiSpace(char c)
 {
     return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+// A cell inside a line, decoded as the line's decoding would: a byte-order mark is a character
+// there, whereas QString::fromUtf8 drops one at the start of what it decodes.
+QString decodeCell(const char *begin, const char *end)
+{
+    static const char bom[] = "\xEF\xBB\xBF";
+    if (end - begin < 3 || std::memcmp(begin, bom, 3) != 0)
+        return QString::fromUtf8(begin, int(end - begin));
+    QString text;
+    while (end - begin >= 3 && std::memcmp(begin, bom, 3) == 0) {
+        text += QChar(0xFEFF);
+        begin += 3;
+    }
+    return text + QString::fromUtf8(begin, int(end - begin));
+}
+
+// json.toVariant(), converted to type when it converts. Texts, booleans and numbers that
+// plainly fit the type are made directly: the same variants, without the conversion machinery.
+QVariant jsonToVariant(const QJsonValue &json, int type)
+{
+    if (json.isString()) {
+        if (type == QMetaType::QString || type == QMetaType::UnknownType)
+            return QVariant(json.toString());
+    } else if (json.isBool()) {
+        if (type == QMetaType::Bool || type == QMetaType::UnknownType)
+            return QVariant(json.toBool());
+    } else if (json.isDouble()) {
+        const double number = json.toDouble();
+        if (type == QMetaType::Double)
+            return QVariant(number);
+        if (type == QMetaType::Int && number == std::trunc(number)
+            && number >= std::numeric_limits<int>::min() && number <= std::numeric_limits<int>::max())
+            return QVariant(int(number));
+    }
+    QVariant value = json.toVariant();
+    if (type != QMetaType::UnknownType && value.userType() != type && value.canConvert(type)) {
+        QVariant converted = value;
+        // A value that does not convert is kept as it is.
+        if (converted.convert(type))
+            value = converted;
+    }
+    return value;
 }
 
 } // namespace
@@ -77,8 +122,8 @@ int RixMemTable::addField(RixMemField *field)
     return fields()->addField(field);
 }
 
-RixMemField *RixMemTable::addField(const QString &fieldName, const QString &displayName,
-                                   QVariant::Type dataType)
+RixMemField *RixMemTable::addField(
+    const QString &fieldName, const QString &displayName, QVariant::Type dataType)
 {
     return fields()->addField(fieldName, displayName, dataType);
 }
@@ -335,14 +380,14 @@ void RixMemTable::loadFromCSVFile(const QString &fileName, bool hasHeader)
         return;
     const char *p = data.constData();
     const char *const end = p + data.size();
-    if (data.startsWith("\xEF\xBB\xBF"))
-        p += 3;
 
     auto lineEnd = [end](const char *from) {
         const void *nl = std::memchr(from, '\n', size_t(end - from));
         return nl ? static_cast<const char *>(nl) : end;
     };
 
+    // Each line is decoded on its own, so a byte-order mark at the start of a line (the file's
+    // included) is dropped by the decoder, as QString::fromUtf8 does.
     const char *eol = lineEnd(p);
     const QString header = QString::fromUtf8(p, int(eol - p)).trimmed();
     const QVector<QStringRef> names = header.splitRef(QLatin1Char(','), Qt::SkipEmptyParts);
@@ -365,14 +410,17 @@ void RixMemTable::loadFromCSVFile(const QString &fileName, bool hasHeader)
         eol = lineEnd(p);
         const char *b = p;
         const char *e = eol;
+        const char *const lineBegin = p;
         p = eol == end ? end : eol + 1;
         while (b < e && isAsciiSpace(*b))
             ++b;
         while (e > b && isAsciiSpace(e[-1]))
             --e;
         if ((b < e && (uchar(*b) >= 0x80 || uchar(e[-1]) >= 0x80))) {
-            // The line may begin or end with white space outside ASCII: trim it as text.
-            loadCells(QString::fromUtf8(b, int(e - b)).trimmed(), QLatin1Char(','), columns);
+            // The line may begin or end with white space outside ASCII (or a byte-order mark):
+            // decode and trim it as text.
+            loadCells(
+                QString::fromUtf8(lineBegin, int(eol - lineBegin)).trimmed(), QLatin1Char(','), columns);
             continue;
         }
         // Cells are decoded straight from the bytes: ',' never occurs inside a UTF-8 sequence.
@@ -382,7 +430,7 @@ void RixMemTable::loadFromCSVFile(const QString &fileName, bool hasHeader)
             const void *comma = std::memchr(b, ',', size_t(e - b));
             const char *cellEnd = comma ? static_cast<const char *>(comma) : e;
             if (cellEnd > b)
-                record->setVariant(columns.at(column++), QVariant(QString::fromUtf8(b, int(cellEnd - b))));
+                record->setVariant(columns.at(column++), QVariant(decodeCell(b, cellEnd)));
             b = cellEnd + 1;
         }
         if (column > 0)
@@ -443,14 +491,7 @@ void RixMemTable::loadFromJson(const QJsonArray &array)
             const int index = tableFields->filedIndex(it.key());
             if (index < 0)
                 continue;
-            QVariant value = it.value().toVariant();
-            const int type = tableFields->items(index)->dataType();
-            if (type != QMetaType::UnknownType && value.userType() != type && value.canConvert(type)) {
-                QVariant converted = value;
-                if (converted.convert(type))
-                    value = converted;
-            }
-            record->setVariant(index, value);
+            record->setVariant(index, jsonToVariant(it.value(), tableFields->items(index)->dataType()));
         }
         if (!refTable) {
             // Continues from the largest "ID", without adding one.
