@@ -67,3 +67,16 @@ function(tov_add_test name)
     set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}")
   endif()
 endfunction()
+
+# Ninja's AUTOMOC step reruns only when a header it already knew changes, so a header added to a
+# target's list (a new class, a merge) would keep its moc file out of an existing build folder.
+# Drop the step's stamp whenever the target's source list changes.
+function(tov_refresh_autogen target)
+  get_target_property(sources ${target} SOURCES)
+  get_target_property(binary_dir ${target} BINARY_DIR)
+  string(SHA1 digest "${sources}")
+  if(NOT "${digest}" STREQUAL "${TOV_AUTOGEN_DIGEST_${target}}")
+    file(REMOVE ${binary_dir}/${target}_autogen/timestamp)
+    set(TOV_AUTOGEN_DIGEST_${target} ${digest} CACHE INTERNAL "")
+  endif()
+endfunction()
