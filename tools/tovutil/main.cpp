@@ -2,6 +2,8 @@
 
 #include <QCoreApplication>
 
+#include <vector>
+
 namespace {
 
 int printUsage(QTextStream &stream)
@@ -20,7 +22,14 @@ int printUsage(QTextStream &stream)
 
 int main(int argc, char *argv[])
 {
-    QCoreApplication app(argc, argv);
+    // QCommandLineParser names the program by the first argument in its usage line; make that
+    // "tovutil <command>" rather than the executable's path.
+    QByteArray programName("tovutil");
+    if (argc > 1 && argv[1][0] != '-')
+        programName += ' ' + QByteArray(argv[1]);
+    std::vector<char *> arguments0(argv, argv + argc);
+    arguments0[0] = programName.data();
+    QCoreApplication app(argc, arguments0.data());
     QCoreApplication::setApplicationName(QStringLiteral("tovutil"));
     QCoreApplication::setApplicationVersion(QStringLiteral("0.1.0"));
 
