@@ -1,0 +1,813 @@
+// The evaluator of the expression engine: runs the compiled program on a stack of RukData.
+#include "rukparser_p.h"
+
+#include <sefcommon.h>
+
+#include <QLocale>
+
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <string>
+
+namespace {
+
+constexpr double kTolerance = 1e-10;
+constexpr double kPi = 3.14159265358979323846;
+
+inline bool isNumType(int t)
+{
+    return t == RukData::Float || t == RukData::Integer || t == RukData::Int64;
+}
+
+inline bool isSpace(QChar c)
+{
+    return c.isSpace();
+}
+
+// Numbers are equal within a relative tolerance of 1e-10 (absolute near zero).
+inline int compareReal(double a, double b)
+{
+    const double scale = std::max(1.0, std::max(std::fabs(a), std::fabs(b)));
+    if (std::fabs(a - b) <= kTolerance * scale)
+        return 0;
+    return a < b ? -1 : 1;
+}
+
+inline bool compareResult(int code, int c)
+{
+    switch (code) {
+    case RukEq:
+        return c == 0;
+    case RukNe:
+        return c != 0;
+    case RukLt:
+        return c < 0;
+    case RukLe:
+        return c <= 0;
+    case RukGt:
+        return c > 0;
+    default:
+        return c >= 0;
+    }
+}
+
+// Half away from zero; a value within 1e-9 of the half counts as the half, so that 2.675 (held as
+// 2.67499999...) rounds to 2.68 at two digits.
+double roundHalfAway(double value, qint64 digits)
+{
+    if (digits > 300)
+        return value;
+    if (digits < -300)
+        return 0.0;
+    const double scale = std::pow(10.0, double(std::llabs(digits)));
+    const double y = digits >= 0 ? value * scale : value / scale;
+    const double a = std::fabs(y);
+    double whole = std::floor(a);
+    if (a - whole >= 0.5 - 1e-9)
+        whole += 1.0;
+    const double r = std::copysign(whole, y);
+    return digits >= 0 ? r / scale : r * scale;
+}
+
+} // namespace
+
+// --- value rules
+
+bool RukOps::readNumber(const QChar *p, int n, RukNumber &out)
+{
+    int b = 0;
+    int e = n;
+    while (b < e && isSpace(p[b]))
+        ++b;
+    while (e > b && isSpace(p[e - 1]))
+        --e;
+    if (b == e || e - b > 400)
+        return false;
+    char buffer[402];
+    int len = 0;
+    int i = b;
+    bool negative = false;
+    if (p[i].unicode() == '+' || p[i].unicode() == '-') {
+        negative = p[i].unicode() == '-';
+        if (negative)
+            buffer[len++] = '-';
+        ++i;
+    }
+    int digits = 0;
+    bool isInt = true;
+    auto digit = [&](int k) { return k < e && p[k].unicode() >= '0' && p[k].unicode() <= '9'; };
+    while (digit(i)) {
+        buffer[len++] = char(p[i++].unicode());
+        ++digits;
+    }
+    if (i < e && p[i].unicode() == '.') {
+        isInt = false;
+        buffer[len++] = '.';
+        ++i;
+        while (digit(i)) {
+            buffer[len++] = char(p[i++].unicode());
+            ++digits;
+        }
+    }
+    if (digits == 0)
+        return false;
+    if (i < e && (p[i].unicode() == 'e' || p[i].unicode() == 'E')) {
+        isInt = false;
+        buffer[len++] = 'e';
+        ++i;
+        if (i < e && (p[i].unicode() == '+' || p[i].unicode() == '-'))
+            buffer[len++] = char(p[i++].unicode());
+        if (!digit(i))
+            return false;
+        while (digit(i))
+            buffer[len++] = char(p[i++].unicode());
+    }
+    if (i != e)
+        return false;
+    if (isInt) {
+        qint64 v = 0;
+        const auto r = std::from_chars(buffer, buffer + len, v);
+        if (r.ec == std::errc()) {
+            out.isInt = true;
+            out.i = v;
+            return true;
+        }
+    }
+    double v = 0.0;
+    const auto r = std::from_chars(buffer, buffer + len, v);
+    if (r.ec != std::errc() || !std::isfinite(v))
+        return false;
+    out.isInt = false;
+    out.f = v;
+    return true;
+}
+
+int RukOps::readLogic(const QString &text)
+{
+    if (text.compare(QLatin1String("true"), Qt::CaseInsensitive) == 0 || text == QLatin1String("1"))
+        return 1;
+    if (text.compare(QLatin1String("false"), Qt::CaseInsensitive) == 0 || text == QLatin1String("0"))
+        return 0;
+    return -1;
+}
+
+QString RukOps::floatText(double value)
+{
+    return QString::number(value, 'g', QLocale::FloatingPointShortest);
+}
+
+// --- evaluation
+
+#define RUK_COPY(dst, src)                                                                                   \
+    do {                                                                                                     \
+        (dst).m_type = (src).m_type;                                                                         \
+        (dst).m_v = (src).m_v;                                                                               \
+        if ((src).m_type == RukData::String)                                                                 \
+            (dst).m_s = (src).m_s;                                                                           \
+    } while (false)
+
+#define RUK_SET_BOOL(dst, value)                                                                             \
+    do {                                                                                                     \
+        (dst).m_type = RukData::Boolean;                                                                     \
+        (dst).m_v.b = (value);                                                                               \
+    } while (false)
+
+bool RukParserPrivate::number(const RukInstr &, const RukData &x, RukNumber &out, bool) const
+{
+    switch (x.m_type) {
+    case RukData::Integer:
+    case RukData::Int64:
+        out.isInt = true;
+        out.i = x.m_v.i;
+        return true;
+    case RukData::Float:
+        out.isInt = false;
+        out.f = x.m_v.f;
+        return true;
+    case RukData::String:
+        return RukOps::readNumber(x.m_s, out);
+    default:
+        return false;
+    }
+}
+
+double RukParserPrivate::real(const RukInstr &in, const RukData &x) const
+{
+    RukNumber num;
+    if (!number(in, x, num, true))
+        throwOperandError(in, x);
+    return num.value();
+}
+
+void RukParserPrivate::setReal(const RukInstr &, RukData &dst, double value) const
+{
+    if (!std::isfinite(value))
+        throwError(tr("计算结果溢出"));
+    dst.m_type = RukData::Float;
+    dst.m_v.f = value;
+}
+
+void RukParserPrivate::throwOperandError(const RukInstr &in, const RukData &operand) const
+{
+    const RukNodeData &node = m_nodes[size_t(in.node)];
+    const QString what = RukData::typeName(operand.m_type);
+    if (node.type == RukNode::Function)
+        throwError(tr("函数[%1]不能用于%2").arg(tokenText(node), what));
+    throwError(tr("运算符[%1]不能用于%2").arg(tokenText(node), what));
+}
+
+bool RukParserPrivate::logic(const RukInstr &in, const RukData &x) const
+{
+    switch (x.m_type) {
+    case RukData::Boolean:
+        return x.m_v.b;
+    case RukData::Integer:
+    case RukData::Int64:
+        return x.m_v.i != 0;
+    case RukData::Float:
+        return x.m_v.f != 0.0;
+    case RukData::String: {
+        const int v = RukOps::readLogic(x.m_s);
+        if (v >= 0)
+            return v == 1;
+        break;
+    }
+    default:
+        break;
+    }
+    throwOperandError(in, x);
+}
+
+void RukParserPrivate::convertVar(const RukInstr &in, RukData &dst)
+{
+    const RukVarState &var = m_vars[size_t(in.a)];
+    const RukData &v = var.value;
+    RukNumber num;
+    bool ok = true;
+    switch (var.dataType) {
+    case RukData::Float:
+        if (v.m_type == RukData::Boolean) {
+            dst.setFloat(v.m_v.b ? 1.0 : 0.0);
+        } else if (number(in, v, num, true)) {
+            dst.setFloat(num.value());
+        } else {
+            ok = false;
+        }
+        break;
+    case RukData::Integer:
+    case RukData::Int64:
+        if (v.m_type == RukData::Boolean) {
+            num.i = v.m_v.b ? 1 : 0;
+        } else if (!number(in, v, num, true)) {
+            ok = false;
+        } else if (!num.isInt) {
+            if (!(std::fabs(num.f) < 9.2e18)) {
+                ok = false;
+            } else {
+                num.i = std::llround(num.f);
+            }
+        }
+        if (ok) {
+            if (var.dataType == RukData::Int64)
+                dst.setInt64(num.i);
+            else
+                dst.setInteger(num.i);
+        }
+        break;
+    case RukData::String:
+        dst.setString(v.asString());
+        break;
+    case RukData::Boolean:
+        if (v.m_type == RukData::String) {
+            const int b = RukOps::readLogic(v.m_s);
+            ok = b >= 0;
+            dst.setBoolean(b == 1);
+        } else {
+            dst.setBoolean(v.asBoolean());
+        }
+        break;
+    default:
+        RUK_COPY(dst, v);
+        break;
+    }
+    if (!ok)
+        throwError(tr("变量[%1]的值[%2]不是%3").arg(var.code, v.asString(), RukData::typeName(var.dataType)));
+}
+
+inline void RukParserPrivate::loadVar(const RukInstr &in, RukData &dst, IRukQueryVarDataTypeEvent *typeEvent,
+    void *context, const RukNodeMapInfos *nodeMap)
+{
+    RukVarState &var = m_vars[size_t(in.a)];
+    var.value.m_type = RukData::Unknown;
+    var.invalid = false;
+    const RukData *bound = nodeMap ? nodeMap->find(var.code) : nullptr;
+    if (bound) {
+        var.value = *bound;
+    } else {
+        RukVarNode handle(&m_nodes[size_t(in.node)], &var);
+        if (typeEvent) {
+            int dataType = var.dataType;
+            typeEvent->onQueryVarDataType(handle, dataType, context);
+            var.dataType = dataType;
+        }
+        if (m_valueEvent)
+            m_valueEvent->onQueryVarValue(handle, context);
+    }
+    if (var.invalid)
+        throwError(tr("变量[%1]的值无效").arg(var.code));
+    if (var.value.m_type == RukData::Unknown)
+        throwError(tr("变量[%1]没有值").arg(var.code));
+    if (var.dataType == RukData::Unknown || var.dataType == var.value.m_type)
+        RUK_COPY(dst, var.value);
+    else
+        convertVar(in, dst);
+}
+
+void RukParserPrivate::unary(const RukInstr &in, RukData &x)
+{
+    if (in.code == RukNot) {
+        const bool b = logic(in, x);
+        RUK_SET_BOOL(x, !b);
+        return;
+    }
+    RukNumber num;
+    if (x.m_type == RukData::Boolean || !number(in, x, num, true))
+        throwOperandError(in, x);
+    const bool wide = x.m_type == RukData::Int64;
+    if (!num.isInt) {
+        setReal(in, x, in.code == RukNeg ? -num.f : num.f);
+    } else if (in.code == RukPos) {
+        wide ? x.setInt64(num.i) : x.setInteger(num.i);
+    } else if (num.i == std::numeric_limits<qint64>::min()) {
+        setReal(in, x, -double(num.i));
+    } else {
+        wide ? x.setInt64(-num.i) : x.setInteger(-num.i);
+    }
+}
+
+void RukParserPrivate::arithmetic(const RukInstr &in, RukData &x, const RukData &y)
+{
+    RukNumber a;
+    RukNumber b;
+    const bool na = x.m_type != RukData::Boolean && number(in, x, a, false);
+    const bool nb = y.m_type != RukData::Boolean && number(in, y, b, false);
+    if (in.code == RukAdd && ((x.m_type == RukData::String && !na) || (y.m_type == RukData::String && !nb))) {
+        x.setString(x.asString() + y.asString());
+        return;
+    }
+    if (!na)
+        throwOperandError(in, x);
+    if (!nb)
+        throwOperandError(in, y);
+    if (a.isInt && b.isInt && in.code != RukDiv) {
+        const bool wide = x.m_type == RukData::Int64 || y.m_type == RukData::Int64;
+        qint64 r = 0;
+        bool overflow = false;
+        switch (in.code) {
+        case RukAdd:
+            overflow = __builtin_add_overflow(a.i, b.i, &r);
+            break;
+        case RukSub:
+            overflow = __builtin_sub_overflow(a.i, b.i, &r);
+            break;
+        case RukMul:
+            overflow = __builtin_mul_overflow(a.i, b.i, &r);
+            break;
+        case RukMod:
+            if (b.i == 0)
+                throwError(tr("除数为零"));
+            r = b.i == -1 ? 0 : a.i % b.i;
+            break;
+        default: // RukPow
+            if (b.i < 0) {
+                overflow = true;
+                break;
+            }
+            r = 1;
+            for (qint64 base = a.i, e = b.i; e > 0 && !overflow; e >>= 1) {
+                if (e & 1)
+                    overflow = __builtin_mul_overflow(r, base, &r);
+                if (e > 1 && !overflow)
+                    overflow = __builtin_mul_overflow(base, base, &base);
+            }
+            break;
+        }
+        if (!overflow) {
+            wide ? x.setInt64(r) : x.setInteger(r);
+            return;
+        }
+    }
+    const double da = a.value();
+    const double db = b.value();
+    double r = 0.0;
+    switch (in.code) {
+    case RukAdd:
+        r = da + db;
+        break;
+    case RukSub:
+        r = da - db;
+        break;
+    case RukMul:
+        r = da * db;
+        break;
+    case RukDiv:
+        if (db == 0.0)
+            throwError(tr("除数为零"));
+        r = da / db;
+        break;
+    case RukMod:
+        if (db == 0.0)
+            throwError(tr("除数为零"));
+        r = std::fmod(da, db);
+        break;
+    default:
+        r = std::pow(da, db);
+        break;
+    }
+    setReal(in, x, r);
+}
+
+void RukParserPrivate::compare(const RukInstr &in, RukData &x, const RukData &y)
+{
+    int c = 0;
+    RukNumber a;
+    RukNumber b;
+    const bool xs = x.m_type == RukData::String;
+    const bool ys = y.m_type == RukData::String;
+    if (isNumType(x.m_type) && isNumType(y.m_type)) {
+        if (x.m_type != RukData::Float && y.m_type != RukData::Float)
+            c = x.m_v.i < y.m_v.i ? -1 : (x.m_v.i > y.m_v.i ? 1 : 0);
+        else
+            c = compareReal(x.m_type == RukData::Float ? x.m_v.f : double(x.m_v.i),
+                y.m_type == RukData::Float ? y.m_v.f : double(y.m_v.i));
+    } else if (xs && ys) {
+        c = x.m_s.compare(y.m_s);
+    } else if ((xs && isNumType(y.m_type) && RukOps::readNumber(x.m_s, a) && number(in, y, b, false))
+        || (ys && isNumType(x.m_type) && RukOps::readNumber(y.m_s, b) && number(in, x, a, false))) {
+        if (a.isInt && b.isInt)
+            c = a.i < b.i ? -1 : (a.i > b.i ? 1 : 0);
+        else
+            c = compareReal(a.value(), b.value());
+    } else if (x.m_type == RukData::Boolean || y.m_type == RukData::Boolean) {
+        const int bx = x.m_type == RukData::String ? RukOps::readLogic(x.m_s) : int(x.asBoolean());
+        const int by = y.m_type == RukData::String ? RukOps::readLogic(y.m_s) : int(y.asBoolean());
+        if (bx >= 0 && by >= 0)
+            c = bx - by;
+        else
+            c = x.asString().compare(y.asString());
+    } else {
+        c = x.asString().compare(y.asString());
+    }
+    RUK_SET_BOOL(x, compareResult(in.code, c));
+}
+
+void RukParserPrivate::binarySlow(const RukInstr &in, RukData &x, const RukData &y)
+{
+    switch (in.code) {
+    case RukCat:
+        x.setString(x.asString() + y.asString());
+        break;
+    case RukEq:
+    case RukNe:
+    case RukLt:
+    case RukLe:
+    case RukGt:
+    case RukGe:
+        compare(in, x, y);
+        break;
+    default:
+        arithmetic(in, x, y);
+        break;
+    }
+}
+
+void RukParserPrivate::call(const RukInstr &in, RukData *args)
+{
+    const int id = in.a;
+    const int argc = in.b;
+    RukData &r = args[0];
+    RukNumber num;
+    auto integerArg = [&](const RukData &x) -> qint64 {
+        RukNumber n;
+        if (x.m_type == RukData::Boolean || !number(in, x, n, true))
+            throwOperandError(in, x);
+        if (n.isInt)
+            return n.i;
+        if (!(std::fabs(n.f) < 9.2e18))
+            throwError(tr("计算结果溢出"));
+        return std::llround(n.f);
+    };
+    auto numericArg = [&](const RukData &x, RukNumber &n) {
+        if (x.m_type == RukData::Boolean || !number(in, x, n, true))
+            throwOperandError(in, x);
+    };
+    switch (id) {
+    case RukFnAbs:
+    case RukFnFloor:
+    case RukFnCeil:
+    case RukFnTrunc: {
+        numericArg(r, num);
+        if (num.isInt) {
+            if (id == RukFnAbs && num.i < 0) {
+                if (num.i == std::numeric_limits<qint64>::min())
+                    setReal(in, r, -double(num.i));
+                else
+                    r.m_type == RukData::Int64 ? r.setInt64(-num.i) : r.setInteger(-num.i);
+            } else {
+                r.m_type == RukData::Int64 ? r.setInt64(num.i) : r.setInteger(num.i);
+            }
+            break;
+        }
+        const double f = num.f;
+        setReal(in, r,
+            id == RukFnAbs         ? std::fabs(f)
+                : id == RukFnFloor ? std::floor(f)
+                : id == RukFnCeil  ? std::ceil(f)
+                                   : std::trunc(f));
+        break;
+    }
+    case RukFnSqrt:
+        setReal(in, r, std::sqrt(real(in, r)));
+        break;
+    case RukFnExp:
+        setReal(in, r, std::exp(real(in, r)));
+        break;
+    case RukFnLn:
+        setReal(in, r, std::log(real(in, r)));
+        break;
+    case RukFnLog10:
+        setReal(in, r, std::log10(real(in, r)));
+        break;
+    case RukFnPow:
+        setReal(in, r, std::pow(real(in, args[0]), real(in, args[1])));
+        break;
+    case RukFnSin:
+        setReal(in, r, std::sin(real(in, r)));
+        break;
+    case RukFnCos:
+        setReal(in, r, std::cos(real(in, r)));
+        break;
+    case RukFnTan:
+        setReal(in, r, std::tan(real(in, r)));
+        break;
+    case RukFnAsin:
+        setReal(in, r, std::asin(real(in, r)));
+        break;
+    case RukFnAcos:
+        setReal(in, r, std::acos(real(in, r)));
+        break;
+    case RukFnAtan:
+        setReal(in, r, std::atan(real(in, r)));
+        break;
+    case RukFnAtan2:
+        setReal(in, r, std::atan2(real(in, args[0]), real(in, args[1])));
+        break;
+    case RukFnRad:
+        setReal(in, r, real(in, r) * kPi / 180.0);
+        break;
+    case RukFnDeg:
+        setReal(in, r, real(in, r) * 180.0 / kPi);
+        break;
+    case RukFnRound: {
+        const qint64 digits = argc > 1 ? integerArg(args[1]) : 0;
+        numericArg(r, num);
+        if (num.isInt && digits >= 0) {
+            r.m_type == RukData::Int64 ? r.setInt64(num.i) : r.setInteger(num.i);
+            break;
+        }
+        setReal(in, r, roundHalfAway(num.value(), digits));
+        break;
+    }
+    case RukFnMin:
+    case RukFnMax:
+    case RukFnSum:
+    case RukFnAvg: {
+        bool allInt = id != RukFnAvg;
+        bool wide = false;
+        qint64 isum = 0;
+        double fsum = 0.0;
+        RukNumber best;
+        for (int k = 0; k < argc; ++k) {
+            RukNumber n;
+            numericArg(args[k], n);
+            wide = wide || args[k].m_type == RukData::Int64;
+            if (!n.isInt)
+                allInt = false;
+            if (id == RukFnSum && allInt && __builtin_add_overflow(isum, n.i, &isum))
+                allInt = false;
+            fsum += n.value();
+            if (k == 0) {
+                best = n;
+            } else {
+                const int c = (n.isInt && best.isInt) ? (n.i < best.i ? -1 : (n.i > best.i ? 1 : 0))
+                                                      : compareReal(n.value(), best.value());
+                if ((id == RukFnMin && c < 0) || (id == RukFnMax && c > 0))
+                    best = n;
+            }
+        }
+        if (id == RukFnSum) {
+            if (allInt)
+                wide ? r.setInt64(isum) : r.setInteger(isum);
+            else
+                setReal(in, r, fsum);
+        } else if (id == RukFnAvg) {
+            setReal(in, r, fsum / argc);
+        } else if (allInt) {
+            wide ? r.setInt64(best.i) : r.setInteger(best.i);
+        } else {
+            setReal(in, r, best.value());
+        }
+        break;
+    }
+    case RukFnPi:
+        setReal(in, r, kPi);
+        break;
+    case RukFnLen:
+        r.setInteger(r.asString().size());
+        break;
+    case RukFnLeft:
+    case RukFnRight: {
+        const qint64 count = std::max<qint64>(0, integerArg(args[1]));
+        const QString text = r.asString();
+        const int k = int(std::min<qint64>(count, text.size()));
+        r.setString(id == RukFnLeft ? text.left(k) : text.right(k));
+        break;
+    }
+    case RukFnMid: {
+        const qint64 start = std::max<qint64>(1, integerArg(args[1]));
+        const qint64 count = argc > 2 ? integerArg(args[2]) : std::numeric_limits<int>::max();
+        const QString text = r.asString();
+        if (count <= 0 || start > text.size()) {
+            r.setString(QString());
+            break;
+        }
+        r.setString(text.mid(int(start - 1), int(std::min<qint64>(count, text.size()))));
+        break;
+    }
+    case RukFnUpper:
+        r.setString(r.asString().toUpper());
+        break;
+    case RukFnLower:
+        r.setString(r.asString().toLower());
+        break;
+    case RukFnTrim:
+        r.setString(r.asString().trimmed());
+        break;
+    case RukFnStr:
+        r.setString(r.asString());
+        break;
+    case RukFnNum:
+        if (r.m_type == RukData::String) {
+            if (!RukOps::readNumber(r.m_s, num))
+                throwError(tr("文本[%1]不是数值").arg(r.m_s));
+            num.isInt ? r.setInteger(num.i) : setReal(in, r, num.f);
+        } else if (!isNumType(r.m_type)) {
+            throwOperandError(in, r);
+        }
+        break;
+    default: {
+        const RukData out = m_functions[size_t(id - RukFnCustom)](args, argc);
+        if (!out.isValid() || out.dataType() == RukData::Unknown)
+            throwError(tr("函数[%1]没有返回值").arg(tokenText(m_nodes[size_t(in.node)])));
+        RUK_COPY(r, out);
+        if (out.m_type == RukData::Float)
+            setReal(in, r, out.m_v.f);
+        break;
+    }
+    }
+}
+
+void RukParserPrivate::evaluate(
+    IRukQueryVarDataTypeEvent *typeEvent, void *context, const RukNodeMapInfos *nodeMap)
+{
+    if (!m_ready) {
+        m_result.clear();
+        throwError(tr("没有可计算的表达式"));
+    }
+    if (nodeMap && nodeMap->isEmpty())
+        nodeMap = nullptr;
+    RukData *st = m_stack.data();
+    int sp = 0;
+    const RukInstr *code = m_program.data();
+    const int count = int(m_program.size());
+    try {
+        for (int pc = 0; pc < count; ++pc) {
+            const RukInstr &in = code[pc];
+            switch (in.code) {
+            case RukPushConst:
+                RUK_COPY(st[sp], m_consts[size_t(in.a)]);
+                ++sp;
+                break;
+            case RukLoadVar:
+                loadVar(in, st[sp], typeEvent, context, nodeMap);
+                ++sp;
+                break;
+            case RukAdd:
+            case RukSub:
+            case RukMul:
+            case RukDiv: {
+                --sp;
+                RukData &x = st[sp - 1];
+                const RukData &y = st[sp];
+                if ((x.m_type == RukData::Float || y.m_type == RukData::Float) && isNumType(x.m_type)
+                    && isNumType(y.m_type)) {
+                    const double a = x.m_type == RukData::Float ? x.m_v.f : double(x.m_v.i);
+                    const double b = y.m_type == RukData::Float ? y.m_v.f : double(y.m_v.i);
+                    double r;
+                    if (in.code == RukAdd) {
+                        r = a + b;
+                    } else if (in.code == RukSub) {
+                        r = a - b;
+                    } else if (in.code == RukMul) {
+                        r = a * b;
+                    } else {
+                        if (b == 0.0)
+                            throwError(tr("除数为零"));
+                        r = a / b;
+                    }
+                    if (!std::isfinite(r))
+                        throwError(tr("计算结果溢出"));
+                    x.m_type = RukData::Float;
+                    x.m_v.f = r;
+                } else {
+                    binarySlow(in, x, y);
+                }
+                break;
+            }
+            case RukEq:
+            case RukNe:
+            case RukLt:
+            case RukLe:
+            case RukGt:
+            case RukGe: {
+                --sp;
+                RukData &x = st[sp - 1];
+                const RukData &y = st[sp];
+                if (x.m_type == RukData::Float && y.m_type == RukData::Float)
+                    RUK_SET_BOOL(x, compareResult(in.code, compareReal(x.m_v.f, y.m_v.f)));
+                else
+                    compare(in, x, y);
+                break;
+            }
+            case RukCat:
+            case RukMod:
+            case RukPow:
+                --sp;
+                binarySlow(in, st[sp - 1], st[sp]);
+                break;
+            case RukNeg:
+                if (st[sp - 1].m_type == RukData::Float)
+                    st[sp - 1].m_v.f = -st[sp - 1].m_v.f;
+                else
+                    unary(in, st[sp - 1]);
+                break;
+            case RukPos:
+            case RukNot:
+                unary(in, st[sp - 1]);
+                break;
+            case RukAndJump:
+                if (!logic(in, st[sp - 1])) {
+                    RUK_SET_BOOL(st[sp - 1], false);
+                    pc = in.a - 1;
+                } else {
+                    --sp;
+                }
+                break;
+            case RukOrJump:
+                if (logic(in, st[sp - 1])) {
+                    RUK_SET_BOOL(st[sp - 1], true);
+                    pc = in.a - 1;
+                } else {
+                    --sp;
+                }
+                break;
+            case RukToBool: {
+                const bool b = logic(in, st[sp - 1]);
+                RUK_SET_BOOL(st[sp - 1], b);
+                break;
+            }
+            case RukJumpIfFalse:
+                --sp;
+                if (!logic(in, st[sp]))
+                    pc = in.a - 1;
+                break;
+            case RukJump:
+                pc = in.a - 1;
+                break;
+            case RukCall:
+                sp -= in.b;
+                call(in, st + sp);
+                ++sp;
+                break;
+            default:
+                break;
+            }
+        }
+    } catch (...) {
+        m_result.clear();
+        throw;
+    }
+    RUK_COPY(m_result, st[0]);
+    m_result.m_valid = true;
+}

@@ -1,0 +1,139 @@
+#include "rukparser.h"
+
+#include "rukparser_p.h"
+
+#include <sefexception.h>
+
+#include <algorithm>
+
+RukParser::RukParser() = default;
+RukParser::~RukParser() = default;
+RukParser::RukParser(const RukParser &other) = default;
+RukParser &RukParser::operator=(const RukParser &other) = default;
+
+RukParser::RukParser(std::shared_ptr<RukParserPrivate> data)
+    : d(std::move(data))
+{ }
+
+RukParserPrivate &RukParser::checked() const
+{
+    if (!d)
+        throw SefException(QCoreApplication::translate("RukEngine", "解析器没有创建"));
+    return *d;
+}
+
+void RukParser::setExpression(const QString &text, const RukQueryVarDataTypeEvent &typeEvent,
+    const RukQueryConstValueEvent &constEvent, void *context, const RukNodeMapInfos &nodeMap,
+    const RukQueryFunctionEvent &functionEvent)
+{
+    checked().setExpression(
+        text, typeEvent.callback(), constEvent.callback(), context, nodeMap, functionEvent.callback());
+}
+
+void RukParser::setOnQueryVarValue(const RukQueryVarValueEvent &valueEvent)
+{
+    checked().m_valueEvent = valueEvent.callback();
+}
+
+void RukParser::evaluate(const RukQueryVarDataTypeEvent &typeEvent, void *context)
+{
+    checked().evaluate(typeEvent.callback(), context, nullptr);
+}
+
+void RukParser::evaluate(
+    const RukQueryVarDataTypeEvent &typeEvent, void *context, const RukNodeMapInfos &nodeMap)
+{
+    checked().evaluate(typeEvent.callback(), context, &nodeMap);
+}
+
+const RukData &RukParser::result() const
+{
+    return checked().m_result;
+}
+
+void RukParser::visitNode(int order, const RukVisitNodeEvent &visitEvent, void *context)
+{
+    checked().visitNode(order, visitEvent.callback(), context);
+}
+
+QString RukParser::expression(const RukTransTokenEvent &transEvent, void *context)
+{
+    return checked().expression(transEvent.callback(), context);
+}
+
+// Iterative walks: a chain of left-associative operators makes a tree as deep as it is long.
+void RukParserPrivate::visitNode(int order, IRukVisitNodeEvent *visitEvent, void *context)
+{
+    if (order != RukParser::PreOrder && order != RukParser::PostOrder)
+        throwError(tr("遍历顺序[%1]不对").arg(order));
+    if (!m_ready || !visitEvent)
+        return;
+    auto visit = [&](int id) {
+        RukNodeData &node = m_nodes[size_t(id)];
+        if (node.type == RukNode::Variable) {
+            RukVarNode handle(&node, &m_vars[size_t(node.slot)]);
+            visitEvent->onVisitNode(handle, context);
+        } else {
+            RukNode handle(&node);
+            visitEvent->onVisitNode(handle, context);
+        }
+    };
+    if (order == RukParser::PreOrder) {
+        std::vector<int> pending { m_root };
+        while (!pending.empty()) {
+            const int id = pending.back();
+            pending.pop_back();
+            visit(id);
+            const RukNodeData &node = m_nodes[size_t(id)];
+            for (int k = node.kidCount - 1; k >= 0; --k)
+                pending.push_back(m_kids[size_t(node.firstKid + k)]);
+        }
+        return;
+    }
+    std::vector<std::pair<int, int>> frames { { m_root, 0 } };
+    while (!frames.empty()) {
+        auto &frame = frames.back();
+        const RukNodeData &node = m_nodes[size_t(frame.first)];
+        if (frame.second < node.kidCount) {
+            const int kid = m_kids[size_t(node.firstKid + frame.second++)];
+            frames.emplace_back(kid, 0);
+            continue;
+        }
+        const int id = frame.first;
+        frames.pop_back();
+        visit(id);
+    }
+}
+
+QString RukParserPrivate::expression(IRukTransTokenEvent *transEvent, void *context)
+{
+    if (!transEvent || !m_ready)
+        return m_text;
+    if (m_tokenOrder.empty()) {
+        for (size_t i = 0; i < m_nodes.size(); ++i) {
+            if (m_nodes[i].type != RukNode::Group)
+                m_tokenOrder.push_back(int(i));
+        }
+        std::sort(m_tokenOrder.begin(), m_tokenOrder.end(),
+            [this](int a, int b) { return m_nodes[size_t(a)].start < m_nodes[size_t(b)].start; });
+    }
+    QString out;
+    out.reserve(m_text.size() + 16);
+    int done = 0;
+    for (const int id : m_tokenOrder) {
+        RukNodeData &node = m_nodes[size_t(id)];
+        out.append(m_text.constData() + done, node.start - done);
+        QString token = tokenText(node);
+        if (node.type == RukNode::Variable) {
+            RukVarNode handle(&node, &m_vars[size_t(node.slot)]);
+            transEvent->onTransToken(handle, token, context);
+        } else {
+            RukNode handle(&node);
+            transEvent->onTransToken(handle, token, context);
+        }
+        out.append(token);
+        done = node.start + node.len;
+    }
+    out.append(m_text.constData() + done, m_text.size() - done);
+    return out;
+}

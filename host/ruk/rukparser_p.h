@@ -1,0 +1,179 @@
+#pragma once
+
+#include <rukdata.h>
+#include <rukevents.h>
+#include <ruknode.h>
+#include <ruknodemapinfos.h>
+
+#include <QCoreApplication>
+#include <QString>
+
+#include <vector>
+
+// Operation codes of the compiled program; operator nodes keep theirs in RukNodeData::op.
+enum RukCode : int
+{
+    RukPushConst,
+    RukLoadVar,
+    RukNeg,
+    RukPos,
+    RukNot,
+    RukAdd,
+    RukSub,
+    RukCat,
+    RukMul,
+    RukDiv,
+    RukMod,
+    RukPow,
+    RukEq,
+    RukNe,
+    RukLt,
+    RukLe,
+    RukGt,
+    RukGe,
+    RukOr,
+    RukAnd,
+    RukAndJump, // false: keep it and jump to a; else pop
+    RukOrJump, // true: keep it and jump to a; else pop
+    RukToBool,
+    RukJumpIfFalse, // pops the condition
+    RukJump,
+    RukCall // function a with b arguments
+};
+
+// Built-in functions; ids from RukFnCustom on are functions from a function callback.
+enum RukFunctionId : int
+{
+    RukFnAbs,
+    RukFnSqrt,
+    RukFnExp,
+    RukFnLn,
+    RukFnLog10,
+    RukFnPow,
+    RukFnSin,
+    RukFnCos,
+    RukFnTan,
+    RukFnAsin,
+    RukFnAcos,
+    RukFnAtan,
+    RukFnAtan2,
+    RukFnRad,
+    RukFnDeg,
+    RukFnFloor,
+    RukFnCeil,
+    RukFnTrunc,
+    RukFnRound,
+    RukFnMin,
+    RukFnMax,
+    RukFnSum,
+    RukFnAvg,
+    RukFnIf,
+    RukFnPi,
+    RukFnLen,
+    RukFnLeft,
+    RukFnRight,
+    RukFnMid,
+    RukFnUpper,
+    RukFnLower,
+    RukFnTrim,
+    RukFnStr,
+    RukFnNum,
+    RukFnCustom
+};
+
+class RukParserPrivate;
+
+struct RukNodeData
+{
+    int type = 0;
+    int op = 0; // RukCode of an operator, RukFunctionId of a call
+    int start = 0; // token span in the text
+    int len = 0;
+    int firstKid = 0;
+    int kidCount = 0;
+    int slot = -1; // index into vars (variables) or consts (constants)
+    RukParserPrivate *owner = nullptr;
+};
+
+struct RukInstr
+{
+    int code;
+    int a;
+    int b;
+    int node;
+};
+
+// A number read from a text or a value: integer or floating-point.
+struct RukNumber
+{
+    bool isInt = true;
+    qint64 i = 0;
+    double f = 0.0;
+    double value() const { return isInt ? double(i) : f; }
+};
+
+// Value rules shared by the evaluator and RukData.
+struct RukOps
+{
+    // The trimmed text as a decimal number (optional sign, fraction, exponent).
+    static bool readNumber(const QChar *p, int n, RukNumber &out);
+    static bool readNumber(const QString &text, RukNumber &out)
+    {
+        return readNumber(text.constData(), text.size(), out);
+    }
+    // "true"/"false"/"1"/"0" in any case: 1 or 0; anything else -1.
+    static int readLogic(const QString &text);
+    static QString floatText(double value);
+};
+
+class RukParserPrivate
+{
+    Q_DECLARE_TR_FUNCTIONS(RukEngine)
+
+public:
+    void setExpression(const QString &text, IRukQueryVarDataTypeEvent *typeEvent,
+        IRukQueryConstValueEvent *constEvent, void *context, const RukNodeMapInfos &nodeMap,
+        IRukQueryFunctionEvent *functionEvent);
+    void evaluate(IRukQueryVarDataTypeEvent *typeEvent, void *context, const RukNodeMapInfos *nodeMap);
+    void visitNode(int order, IRukVisitNodeEvent *visitEvent, void *context);
+    QString expression(IRukTransTokenEvent *transEvent, void *context);
+
+    QString tokenText(const RukNodeData &node) const { return m_text.mid(node.start, node.len); }
+    static RukVarNode varHandle(RukNodeData *node, RukVarState *state) { return RukVarNode(node, state); }
+    static RukNode nodeHandle(RukNodeData *node) { return RukNode(node); }
+
+    [[noreturn]] void throwParseError(int position, const QString &detail) const;
+    [[noreturn]] static void throwError(const QString &message);
+
+    QString m_text;
+    std::vector<RukNodeData> m_nodes;
+    std::vector<int> m_kids;
+    int m_root = -1;
+    std::vector<RukVarState> m_vars;
+    std::vector<int> m_varNodes;
+    std::vector<RukData> m_consts;
+    std::vector<RukFunction> m_functions;
+    std::vector<RukInstr> m_program;
+    std::vector<RukData> m_stack;
+    std::vector<int> m_tokenOrder; // token nodes by position, built on the first expression()
+    IRukQueryVarValueEvent *m_valueEvent = nullptr;
+    RukData m_result;
+    bool m_ready = false;
+
+private:
+    void clearExpression();
+    void compile();
+    void loadVar(const RukInstr &in, RukData &dst, IRukQueryVarDataTypeEvent *typeEvent, void *context,
+        const RukNodeMapInfos *nodeMap);
+    void convertVar(const RukInstr &in, RukData &dst);
+    [[noreturn]] void throwOperandError(const RukInstr &in, const RukData &operand) const;
+    void binarySlow(const RukInstr &in, RukData &x, const RukData &y);
+    void arithmetic(const RukInstr &in, RukData &x, const RukData &y);
+    void compare(const RukInstr &in, RukData &x, const RukData &y);
+    void unary(const RukInstr &in, RukData &x);
+    bool logic(const RukInstr &in, const RukData &x) const;
+    void call(const RukInstr &in, RukData *args);
+    bool number(const RukInstr &in, const RukData &x, RukNumber &out, bool strict) const;
+    double real(const RukInstr &in, const RukData &x) const;
+    void setReal(const RukInstr &in, RukData &dst, double value) const;
+};

@@ -1,0 +1,3 @@
+#include "itovsimpleexprparsertranstokener.h"
+
+ITovSimpleExprParserTransTokener::~ITovSimpleExprParserTransTokener() = default;

@@ -1,0 +1,3 @@
+#include "itovsimpleexprparservarprovider.h"
+
+ITovSimpleExprParserVarProvider::~ITovSimpleExprParserVarProvider() = default;
