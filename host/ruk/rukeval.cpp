@@ -242,7 +242,7 @@ bool RukParserPrivate::logic(const RukInstr &in, const RukData &x) const
 void RukParserPrivate::convertVar(const RukInstr &in, RukData &dst)
 {
     const RukVarState &var = m_vars[size_t(in.a)];
-    const RukData &v = var.value;
+    const RukData v = dst;
     RukNumber num;
     bool ok = true;
     switch (var.dataType) {
@@ -296,32 +296,131 @@ void RukParserPrivate::convertVar(const RukInstr &in, RukData &dst)
 }
 
 inline void RukParserPrivate::loadVar(const RukInstr &in, RukData &dst, IRukQueryVarDataTypeEvent *typeEvent,
-    void *context, const RukNodeMapInfos *nodeMap)
+                                      void *context, const RukNodeMapInfos *nodeMap)
 {
     RukVarState &var = m_vars[size_t(in.a)];
     var.value.m_type = RukData::Unknown;
-    var.invalid = false;
     const RukData *bound = nodeMap ? nodeMap->find(var.code) : nullptr;
     if (bound) {
-        var.value = *bound;
+        RUK_COPY(var.value, *bound);
     } else {
-        RukVarNode handle(&m_nodes[size_t(in.node)], &var);
+        RukVarNode &handle = m_varHandles[size_t(in.a)];
         if (typeEvent) {
             int dataType = var.dataType;
             typeEvent->onQueryVarDataType(handle, dataType, context);
-            var.dataType = dataType;
+            if (dataType != var.dataType) {
+                var.dataType = dataType;
+                m_programReady = false;
+            }
         }
-        if (m_valueEvent)
+        if (m_valueImpl)
+            m_valueImpl->queryVarValue(handle, context);
+        else if (m_valueEvent)
             m_valueEvent->onQueryVarValue(handle, context);
     }
+    RUK_COPY(dst, var.value);
+    if (Q_UNLIKELY(var.invalid || dst.m_type != var.dataType || dst.m_type == RukData::Unknown))
+        varSlow(in, dst);
+}
+
+// The typed program's load of a variable announced as floating-point: the value callback, one
+// check, the number.
+inline double RukParserPrivate::loadFloat(int index, void *context)
+{
+    RukVarState &var = m_vars[size_t(index)];
+    var.value.m_type = RukData::Unknown;
+    if (Q_LIKELY(m_valueImpl))
+        m_valueImpl->queryVarValue(m_varHandles[size_t(index)], context);
+    else if (m_valueEvent)
+        m_valueEvent->onQueryVarValue(m_varHandles[size_t(index)], context);
+    if (Q_UNLIKELY(var.value.m_type != RukData::Float || var.invalid))
+        return loadFloatSlow(index);
+    return var.value.m_v.f;
+}
+
+double RukParserPrivate::loadFloatSlow(int index)
+{
+    const RukInstr in = {RukLoadVar, index, 0, m_varNodes[size_t(index)], 0.0};
+    RukData value = m_vars[size_t(index)].value;
+    varSlow(in, value);
+    return value.m_v.f;
+}
+
+void RukParserPrivate::resetVarFlags()
+{
+    for (RukVarState &var : m_vars)
+        var.invalid = false;
+}
+
+void RukParserPrivate::varSlow(const RukInstr &in, RukData &dst)
+{
+    const RukVarState &var = m_vars[size_t(in.a)];
     if (var.invalid)
         throwError(tr("变量[%1]的值无效").arg(var.code));
-    if (var.value.m_type == RukData::Unknown)
+    if (dst.m_type == RukData::Unknown)
         throwError(tr("变量[%1]没有值").arg(var.code));
-    if (var.dataType == RukData::Unknown || var.dataType == var.value.m_type)
-        RUK_COPY(dst, var.value);
-    else
+    if (var.dataType != RukData::Unknown)
         convertVar(in, dst);
+}
+
+void RukParserPrivate::mathF(const RukInstr &in, RukData &x) const
+{
+    const double f = x.m_v.f;
+    double r;
+    switch (in.a) {
+    case RukFnAbs:
+        r = std::fabs(f);
+        break;
+    case RukFnSqrt:
+        r = std::sqrt(f);
+        break;
+    case RukFnExp:
+        r = std::exp(f);
+        break;
+    case RukFnLn:
+        r = std::log(f);
+        break;
+    case RukFnLog10:
+        r = std::log10(f);
+        break;
+    case RukFnSin:
+        r = std::sin(f);
+        break;
+    case RukFnCos:
+        r = std::cos(f);
+        break;
+    case RukFnTan:
+        r = std::tan(f);
+        break;
+    case RukFnAsin:
+        r = std::asin(f);
+        break;
+    case RukFnAcos:
+        r = std::acos(f);
+        break;
+    case RukFnAtan:
+        r = std::atan(f);
+        break;
+    case RukFnRad:
+        r = f * kPi / 180.0;
+        break;
+    case RukFnDeg:
+        r = f * 180.0 / kPi;
+        break;
+    case RukFnFloor:
+        r = std::floor(f);
+        break;
+    case RukFnCeil:
+        r = std::ceil(f);
+        break;
+    case RukFnTrunc:
+        r = std::trunc(f);
+        break;
+    default: // RukFnRound
+        r = roundHalfAway(f, 0);
+        break;
+    }
+    setReal(in, x, r);
 }
 
 void RukParserPrivate::unary(const RukInstr &in, RukData &x)
@@ -678,8 +777,7 @@ void RukParserPrivate::call(const RukInstr &in, RukData *args)
     }
 }
 
-void RukParserPrivate::evaluate(
-    IRukQueryVarDataTypeEvent *typeEvent, void *context, const RukNodeMapInfos *nodeMap)
+void RukParserPrivate::evaluate(IRukQueryVarDataTypeEvent *typeEvent, void *context, const RukNodeMapInfos *nodeMap)
 {
     if (!m_ready) {
         m_result.clear();
@@ -687,127 +785,209 @@ void RukParserPrivate::evaluate(
     }
     if (nodeMap && nodeMap->isEmpty())
         nodeMap = nullptr;
-    RukData *st = m_stack.data();
-    int sp = 0;
-    const RukInstr *code = m_program.data();
-    const int count = int(m_program.size());
     try {
-        for (int pc = 0; pc < count; ++pc) {
-            const RukInstr &in = code[pc];
-            switch (in.code) {
-            case RukPushConst:
-                RUK_COPY(st[sp], m_consts[size_t(in.a)]);
-                ++sp;
-                break;
-            case RukLoadVar:
-                loadVar(in, st[sp], typeEvent, context, nodeMap);
-                ++sp;
-                break;
-            case RukAdd:
-            case RukSub:
-            case RukMul:
-            case RukDiv: {
-                --sp;
-                RukData &x = st[sp - 1];
-                const RukData &y = st[sp];
-                if ((x.m_type == RukData::Float || y.m_type == RukData::Float) && isNumType(x.m_type)
-                    && isNumType(y.m_type)) {
-                    const double a = x.m_type == RukData::Float ? x.m_v.f : double(x.m_v.i);
-                    const double b = y.m_type == RukData::Float ? y.m_v.f : double(y.m_v.i);
-                    double r;
-                    if (in.code == RukAdd) {
-                        r = a + b;
-                    } else if (in.code == RukSub) {
-                        r = a - b;
-                    } else if (in.code == RukMul) {
-                        r = a * b;
-                    } else {
-                        if (b == 0.0)
-                            throwError(tr("除数为零"));
-                        r = a / b;
-                    }
-                    if (!std::isfinite(r))
-                        throwError(tr("计算结果溢出"));
-                    x.m_type = RukData::Float;
-                    x.m_v.f = r;
-                } else {
-                    binarySlow(in, x, y);
-                }
-                break;
+        if (typeEvent || nodeMap) {
+            if (!m_genericReady) {
+                compile(m_genericProgram, false);
+                m_genericReady = true;
             }
-            case RukEq:
-            case RukNe:
-            case RukLt:
-            case RukLe:
-            case RukGt:
-            case RukGe: {
-                --sp;
-                RukData &x = st[sp - 1];
-                const RukData &y = st[sp];
-                if (x.m_type == RukData::Float && y.m_type == RukData::Float)
-                    RUK_SET_BOOL(x, compareResult(in.code, compareReal(x.m_v.f, y.m_v.f)));
-                else
-                    compare(in, x, y);
-                break;
+            run(m_genericProgram, typeEvent, context, nodeMap);
+        } else {
+            if (!m_programReady) {
+                compile(m_program, true);
+                m_programReady = true;
             }
-            case RukCat:
-            case RukMod:
-            case RukPow:
-                --sp;
-                binarySlow(in, st[sp - 1], st[sp]);
-                break;
-            case RukNeg:
-                if (st[sp - 1].m_type == RukData::Float)
-                    st[sp - 1].m_v.f = -st[sp - 1].m_v.f;
-                else
-                    unary(in, st[sp - 1]);
-                break;
-            case RukPos:
-            case RukNot:
-                unary(in, st[sp - 1]);
-                break;
-            case RukAndJump:
-                if (!logic(in, st[sp - 1])) {
-                    RUK_SET_BOOL(st[sp - 1], false);
-                    pc = in.a - 1;
-                } else {
-                    --sp;
-                }
-                break;
-            case RukOrJump:
-                if (logic(in, st[sp - 1])) {
-                    RUK_SET_BOOL(st[sp - 1], true);
-                    pc = in.a - 1;
-                } else {
-                    --sp;
-                }
-                break;
-            case RukToBool: {
-                const bool b = logic(in, st[sp - 1]);
-                RUK_SET_BOOL(st[sp - 1], b);
-                break;
-            }
-            case RukJumpIfFalse:
-                --sp;
-                if (!logic(in, st[sp]))
-                    pc = in.a - 1;
-                break;
-            case RukJump:
-                pc = in.a - 1;
-                break;
-            case RukCall:
-                sp -= in.b;
-                call(in, st + sp);
-                ++sp;
-                break;
-            default:
-                break;
-            }
+            run(m_program, nullptr, context, nodeMap);
         }
     } catch (...) {
+        resetVarFlags();
         m_result.clear();
         throw;
     }
-    RUK_COPY(m_result, st[0]);
+    RUK_COPY(m_result, m_stack[0]);
     m_result.m_valid = true;
+}
+
+void RukParserPrivate::run(const std::vector<RukInstr> &program, IRukQueryVarDataTypeEvent *typeEvent, void *context,
+                           const RukNodeMapInfos *nodeMap)
+{
+    RukData *st = m_stack.data();
+    int sp = 0;
+    const RukInstr *code = program.data();
+    const int count = int(program.size());
+    for (int pc = 0; pc < count; ++pc) {
+        const RukInstr &in = code[pc];
+        switch (in.code) {
+        case RukPushConst:
+            RUK_COPY(st[sp], m_consts[size_t(in.a)]);
+            ++sp;
+            break;
+        case RukLoadVar:
+            loadVar(in, st[sp], typeEvent, context, nodeMap);
+            ++sp;
+            break;
+#define RUK_FLOAT_CASES(CODE, APPLY)                                                               \
+    case CODE: {                                                                                   \
+        --sp;                                                                                      \
+        RukData &x = st[sp - 1];                                                                   \
+        const double y = st[sp].m_v.f;                                                             \
+        APPLY;                                                                                     \
+        break;                                                                                     \
+    }                                                                                              \
+    case CODE##I: {                                                                                \
+        RukData &x = st[sp - 1];                                                                   \
+        const double y = in.imm;                                                                   \
+        APPLY;                                                                                     \
+        break;                                                                                     \
+    }                                                                                              \
+    case CODE##V: {                                                                                \
+        const double y = loadFloat(in.a, context);                                                 \
+        RukData &x = st[sp - 1];                                                                   \
+        APPLY;                                                                                     \
+        break;                                                                                     \
+    }
+#define RUK_ARITH(OP)                                                                              \
+    x.m_v.f OP y;                                                                                  \
+    if (Q_UNLIKELY(!std::isfinite(x.m_v.f)))                                                       \
+    throwError(tr("计算结果溢出"))
+#define RUK_DIVIDE                                                                                 \
+    if (Q_UNLIKELY(y == 0.0))                                                                      \
+        throwError(tr("除数为零"));                                                                \
+    RUK_ARITH(/=)
+#define RUK_COMPARE(RESULT)                                                                        \
+    const int c = compareReal(x.m_v.f, y);                                                         \
+    RUK_SET_BOOL(x, RESULT)
+
+            RUK_FLOAT_CASES(RukAddF, RUK_ARITH(+=))
+            RUK_FLOAT_CASES(RukSubF, RUK_ARITH(-=))
+            RUK_FLOAT_CASES(RukMulF, RUK_ARITH(*=))
+            RUK_FLOAT_CASES(RukDivF, RUK_DIVIDE)
+            RUK_FLOAT_CASES(RukEqF, RUK_COMPARE(c == 0))
+            RUK_FLOAT_CASES(RukNeF, RUK_COMPARE(c != 0))
+            RUK_FLOAT_CASES(RukLtF, RUK_COMPARE(c < 0))
+            RUK_FLOAT_CASES(RukLeF, RUK_COMPARE(c <= 0))
+            RUK_FLOAT_CASES(RukGtF, RUK_COMPARE(c > 0))
+            RUK_FLOAT_CASES(RukGeF, RUK_COMPARE(c >= 0))
+        case RukLoadVarF: {
+            const double value = loadFloat(in.a, context);
+            st[sp].m_type = RukData::Float;
+            st[sp].m_v.f = value;
+            ++sp;
+            break;
+        }
+        case RukNegF:
+            st[sp - 1].m_v.f = -st[sp - 1].m_v.f;
+            break;
+        case RukMathF:
+            mathF(in, st[sp - 1]);
+            break;
+        case RukEqS:
+        case RukNeS: {
+            RukData &x = in.b >= 0 ? st[sp - 1] : st[sp - 2];
+            const QString &y = in.b >= 0 ? m_consts[size_t(in.b)].m_s : st[sp - 1].m_s;
+            if (in.b < 0)
+                --sp;
+            const bool equal = x.m_s == y;
+            RUK_SET_BOOL(x, in.code == RukEqS ? equal : !equal);
+            break;
+        }
+        case RukAdd:
+        case RukSub:
+        case RukMul:
+        case RukDiv: {
+            --sp;
+            RukData &x = st[sp - 1];
+            const RukData &y = st[sp];
+            if ((x.m_type == RukData::Float || y.m_type == RukData::Float) && isNumType(x.m_type)
+                && isNumType(y.m_type)) {
+                const double a = x.m_type == RukData::Float ? x.m_v.f : double(x.m_v.i);
+                const double b = y.m_type == RukData::Float ? y.m_v.f : double(y.m_v.i);
+                double r;
+                if (in.code == RukAdd) {
+                    r = a + b;
+                } else if (in.code == RukSub) {
+                    r = a - b;
+                } else if (in.code == RukMul) {
+                    r = a * b;
+                } else {
+                    if (b == 0.0)
+                        throwError(tr("除数为零"));
+                    r = a / b;
+                }
+                if (!std::isfinite(r))
+                    throwError(tr("计算结果溢出"));
+                x.m_type = RukData::Float;
+                x.m_v.f = r;
+            } else {
+                binarySlow(in, x, y);
+            }
+            break;
+        }
+        case RukEq:
+        case RukNe:
+        case RukLt:
+        case RukLe:
+        case RukGt:
+        case RukGe:
+            --sp;
+            compare(in, st[sp - 1], st[sp]);
+            break;
+        case RukCat:
+        case RukMod:
+        case RukPow:
+            --sp;
+            binarySlow(in, st[sp - 1], st[sp]);
+            break;
+        case RukNeg:
+        case RukPos:
+        case RukNot:
+            unary(in, st[sp - 1]);
+            break;
+        case RukAndJump: {
+            RukData &x = st[sp - 1];
+            if (!(x.m_type == RukData::Boolean ? x.m_v.b : logic(in, x))) {
+                RUK_SET_BOOL(x, false);
+                pc = in.a - 1;
+            } else {
+                --sp;
+            }
+            break;
+        }
+        case RukOrJump: {
+            RukData &x = st[sp - 1];
+            if (x.m_type == RukData::Boolean ? x.m_v.b : logic(in, x)) {
+                RUK_SET_BOOL(x, true);
+                pc = in.a - 1;
+            } else {
+                --sp;
+            }
+            break;
+        }
+        case RukToBool: {
+            RukData &x = st[sp - 1];
+            if (x.m_type != RukData::Boolean) {
+                const bool b = logic(in, x);
+                RUK_SET_BOOL(x, b);
+            }
+            break;
+        }
+        case RukJumpIfFalse: {
+            --sp;
+            const RukData &x = st[sp];
+            if (!(x.m_type == RukData::Boolean ? x.m_v.b : logic(in, x)))
+                pc = in.a - 1;
+            break;
+        }
+        case RukJump:
+            pc = in.a - 1;
+            break;
+        case RukCall:
+            sp -= in.b;
+            call(in, st + sp);
+            ++sp;
+            break;
+        default:
+            break;
+        }
+    }
 }

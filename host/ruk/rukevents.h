@@ -100,6 +100,9 @@ public:
 
 protected:
     virtual void queryVarDataType(RukVarNode &node, int &dataType, void *context) = 0;
+
+private:
+    friend class RukParserPrivate; // calls the adapter's virtual directly on the evaluation path
 };
 
 class TOVHOST_EXPORT RukQueryVarValueImpl : public IRukQueryVarValueEvent
@@ -110,6 +113,9 @@ public:
 
 protected:
     virtual void queryVarValue(RukVarNode &node, void *context) = 0;
+
+private:
+    friend class RukParserPrivate; // calls the adapter's virtual directly on the evaluation path
 };
 
 class TOVHOST_EXPORT RukVisitNodeImpl : public IRukVisitNodeEvent

@@ -709,10 +709,14 @@ void RukParserPrivate::clearExpression()
     m_nodes.clear();
     m_kids.clear();
     m_vars.clear();
+    m_varHandles.clear();
     m_varNodes.clear();
     m_consts.clear();
     m_functions.clear();
     m_program.clear();
+    m_genericProgram.clear();
+    m_programReady = false;
+    m_genericReady = false;
     m_tokenOrder.clear();
 }
 
@@ -750,7 +754,11 @@ void RukParserPrivate::setExpression(const QString &text, IRukQueryVarDataTypeEv
             }
             var.dataType = dataType;
         }
-        compile();
+        m_varHandles.reserve(m_vars.size());
+        for (size_t i = 0; i < m_vars.size(); ++i) {
+            m_vars[i].invalid = false;
+            m_varHandles.push_back(RukVarNode(&m_nodes[size_t(m_varNodes[i])], &m_vars[i]));
+        }
     } catch (...) {
         clearExpression();
         throw;
@@ -759,23 +767,52 @@ void RukParserPrivate::setExpression(const QString &text, IRukQueryVarDataTypeEv
 }
 
 // Flattens the tree into a post-order program without recursion: a long chain of left-associative
-// operators makes a tree as deep as the chain is long.
-void RukParserPrivate::compile()
+// operators makes a tree as deep as the chain is long. A typed program also tracks the type each
+// instruction leaves on the stack where it is certain (constants, variables announced as
+// floating-point, boolean or text, and what typed operations make of them) and uses the typed
+// operations there; an integer constant beside a floating-point operand becomes a floating-point
+// constant, which changes no result.
+void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
 {
     struct Frame
     {
         int node;
         int next;
         int patch;
-        int depthMark;
+        int branchType;
     };
+    struct Static
+    {
+        int type; // 0: not known before evaluation
+        int constInstr; // the PushConst that made it, or -1
+        int varInstr; // the RukLoadVarF that made it, or -1
+    };
+    program.clear();
     std::vector<Frame> frames;
-    frames.push_back({ m_root, 0, -1, 0 });
+    std::vector<Static> types;
+    frames.push_back({m_root, 0, -1, 0});
     int depth = 0;
     int maxDepth = 1;
-    auto put = [this](int code, int a, int b, int node) {
-        m_program.push_back({ code, a, b, node });
-        return int(m_program.size()) - 1;
+    auto put = [&program](int code, int a, int b, int node) {
+        program.push_back({code, a, b, node, 0.0});
+        return int(program.size()) - 1;
+    };
+    auto pop = [&types]() {
+        const Static top = types.back();
+        types.pop_back();
+        return top;
+    };
+    auto push = [&types](int type, int constInstr = -1) { types.push_back({type, constInstr, -1}); };
+    auto isIntConst = [](const Static &v) {
+        return v.constInstr >= 0 && (v.type == RukData::Integer || v.type == RukData::Int64);
+    };
+    // Re-types an integer constant operand as floating-point.
+    auto floatConst = [&](Static &v) {
+        RukInstr &in = program[size_t(v.constInstr)];
+        const double value = double(m_consts[size_t(in.a)].m_v.i);
+        in.a = int(m_consts.size());
+        m_consts.push_back(RukData::fromFloat(value));
+        v.type = RukData::Float;
     };
     while (!frames.empty()) {
         const int nodeId = frames.back().node;
@@ -786,51 +823,151 @@ void RukParserPrivate::compile()
                 if (node.type == RukNode::BinaryOperator && (node.op == RukAnd || node.op == RukOr)) {
                     f.patch = put(node.op == RukAnd ? RukAndJump : RukOrJump, -1, 0, nodeId);
                     --depth;
+                    pop();
                 } else if (node.type == RukNode::Function && node.op == RukFnIf) {
                     if (f.next == 1) {
                         f.patch = put(RukJumpIfFalse, -1, 0, nodeId);
-                        --depth;
+                        pop();
                     } else {
                         const int jump = put(RukJump, -1, 0, nodeId);
-                        m_program[size_t(f.patch)].a = int(m_program.size());
+                        program[size_t(f.patch)].a = int(program.size());
                         f.patch = jump;
-                        --depth;
+                        f.branchType = pop().type;
                     }
+                    --depth;
                 }
             }
             const int kid = m_kids[size_t(node.firstKid + f.next)];
             ++f.next;
-            frames.push_back({ kid, 0, -1, 0 });
+            frames.push_back({kid, 0, -1, 0});
             continue;
         }
-        const int patch = f.patch;
+        const Frame done = f;
         frames.pop_back();
         switch (node.type) {
-        case RukNode::Variable:
-            put(RukLoadVar, node.slot, 0, nodeId);
+        case RukNode::Variable: {
+            const int t = m_vars[size_t(node.slot)].dataType;
+            const bool known = typed && (t == RukData::Float || t == RukData::String || t == RukData::Boolean);
+            const int instr = put(typed && t == RukData::Float ? RukLoadVarF : RukLoadVar, node.slot, 0, nodeId);
+            types.push_back({known ? t : 0, -1, t == RukData::Float ? instr : -1});
             ++depth;
             break;
+        }
         case RukNode::Constant:
-            put(RukPushConst, node.slot, 0, nodeId);
+            push(m_consts[size_t(node.slot)].m_type, put(RukPushConst, node.slot, 0, nodeId));
             ++depth;
             break;
-        case RukNode::UnaryOperator:
-            put(node.op, 0, 0, nodeId);
-            break;
-        case RukNode::BinaryOperator:
-            if (node.op == RukAnd || node.op == RukOr) {
-                put(RukToBool, 0, 0, nodeId);
-                m_program[size_t(patch)].a = int(m_program.size());
+        case RukNode::UnaryOperator: {
+            const Static x = pop();
+            if (typed && node.op == RukNeg && x.type == RukData::Float) {
+                put(RukNegF, 0, 0, nodeId);
+                push(RukData::Float);
             } else {
                 put(node.op, 0, 0, nodeId);
-                --depth;
+                push(node.op == RukNot ? RukData::Boolean : 0);
             }
             break;
+        }
+        case RukNode::BinaryOperator: {
+            if (node.op == RukAnd || node.op == RukOr) {
+                put(RukToBool, 0, 0, nodeId);
+                program[size_t(done.patch)].a = int(program.size());
+                pop();
+                push(RukData::Boolean);
+                break;
+            }
+            --depth;
+            Static y = pop();
+            Static x = pop();
+            const bool comparison = node.op >= RukEq && node.op <= RukGe;
+            const bool arithmetic = node.op == RukAdd || node.op == RukSub || node.op == RukMul || node.op == RukDiv;
+            if (typed && (comparison || arithmetic)) {
+                if (x.type == RukData::Float && isIntConst(y))
+                    floatConst(y);
+                else if (y.type == RukData::Float && isIntConst(x))
+                    floatConst(x);
+            }
+            if (typed && (comparison || arithmetic) && x.type == RukData::Float && y.type == RukData::Float) {
+                const int base = comparison          ? RukEqF + 3 * (node.op - RukEq)
+                                 : node.op == RukAdd ? RukAddF
+                                 : node.op == RukSub ? RukSubF
+                                 : node.op == RukMul ? RukMulF
+                                                     : RukDivF;
+                const bool rightIsLast = int(program.size()) - 1 == (y.constInstr >= 0 ? y.constInstr : y.varInstr);
+                if (rightIsLast && y.constInstr >= 0) {
+                    // The right operand is the constant just pushed: take it as the immediate.
+                    const double imm = m_consts[size_t(program.back().a)].m_v.f;
+                    program.pop_back();
+                    put(base + 1, 0, 0, nodeId);
+                    program.back().imm = imm;
+                } else if (rightIsLast && y.varInstr >= 0) {
+                    // The right operand is the variable just loaded: load it in place.
+                    const RukInstr load = program.back();
+                    program.pop_back();
+                    put(base + 2, load.a, 0, load.node);
+                    program.back().b = nodeId;
+                } else {
+                    put(base, 0, 0, nodeId);
+                }
+                push(comparison ? RukData::Boolean : RukData::Float);
+            } else if (typed && (node.op == RukEq || node.op == RukNe) && x.type == RukData::String
+                       && y.type == RukData::String) {
+                const int code = node.op == RukEq ? RukEqS : RukNeS;
+                if (y.constInstr >= 0 && y.constInstr == int(program.size()) - 1) {
+                    const int slot = program.back().a;
+                    program.pop_back();
+                    put(code, 0, slot, nodeId);
+                } else {
+                    put(code, 0, -1, nodeId);
+                }
+                push(RukData::Boolean);
+            } else {
+                put(node.op, 0, 0, nodeId);
+                push(comparison ? RukData::Boolean : node.op == RukCat ? RukData::String : 0);
+            }
+            break;
+        }
         case RukNode::Function:
             if (node.op == RukFnIf) {
-                m_program[size_t(patch)].a = int(m_program.size());
+                program[size_t(done.patch)].a = int(program.size());
+                const int elseType = pop().type;
+                push(elseType == done.branchType ? elseType : 0);
             } else {
-                put(RukCall, node.op, node.kidCount, nodeId);
+                bool math = false;
+                if (typed && node.kidCount == 1 && types.back().type == RukData::Float) {
+                    switch (node.op) {
+                    case RukFnAbs:
+                    case RukFnSqrt:
+                    case RukFnExp:
+                    case RukFnLn:
+                    case RukFnLog10:
+                    case RukFnSin:
+                    case RukFnCos:
+                    case RukFnTan:
+                    case RukFnAsin:
+                    case RukFnAcos:
+                    case RukFnAtan:
+                    case RukFnRad:
+                    case RukFnDeg:
+                    case RukFnFloor:
+                    case RukFnCeil:
+                    case RukFnTrunc:
+                    case RukFnRound:
+                        math = true;
+                        break;
+                    default:
+                        break;
+                    }
+                }
+                for (int k = 0; k < node.kidCount; ++k)
+                    pop();
+                if (math) {
+                    put(RukMathF, node.op, 0, nodeId);
+                    push(RukData::Float);
+                } else {
+                    put(RukCall, node.op, node.kidCount, nodeId);
+                    push(0);
+                }
                 depth += 1 - node.kidCount;
             }
             break;

@@ -32,7 +32,7 @@ void RukParser::setExpression(const QString &text, const RukQueryVarDataTypeEven
 
 void RukParser::setOnQueryVarValue(const RukQueryVarValueEvent &valueEvent)
 {
-    checked().m_valueEvent = valueEvent.callback();
+    checked().setValueEvent(valueEvent.callback());
 }
 
 void RukParser::evaluate(const RukQueryVarDataTypeEvent &typeEvent, void *context)

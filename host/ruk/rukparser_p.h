@@ -38,7 +38,45 @@ enum RukCode : int
     RukToBool,
     RukJumpIfFalse, // pops the condition
     RukJump,
-    RukCall // function a with b arguments
+    RukCall, // function a with b arguments
+    // Typed forms, compiled where both operands are known to be floating-point (or texts). Each
+    // floating-point operation comes in three forms: right operand on the stack, the immediate,
+    // or the variable a loaded in place.
+    RukAddF,
+    RukAddFI,
+    RukAddFV,
+    RukSubF,
+    RukSubFI,
+    RukSubFV,
+    RukMulF,
+    RukMulFI,
+    RukMulFV,
+    RukDivF,
+    RukDivFI,
+    RukDivFV,
+    RukEqF,
+    RukEqFI,
+    RukEqFV,
+    RukNeF,
+    RukNeFI,
+    RukNeFV,
+    RukLtF,
+    RukLtFI,
+    RukLtFV,
+    RukLeF,
+    RukLeFI,
+    RukLeFV,
+    RukGtF,
+    RukGtFI,
+    RukGtFV,
+    RukGeF,
+    RukGeFI,
+    RukGeFV,
+    RukLoadVarF, // a variable announced as floating-point
+    RukNegF,
+    RukMathF, // built-in function a of one floating-point argument
+    RukEqS, // the right operand is constant b when b >= 0
+    RukNeS
 };
 
 // Built-in functions; ids from RukFnCustom on are functions from a function callback.
@@ -101,6 +139,7 @@ struct RukInstr
     int a;
     int b;
     int node;
+    double imm;
 };
 
 // A number read from a text or a value: integer or floating-point.
@@ -150,22 +189,41 @@ public:
     std::vector<int> m_kids;
     int m_root = -1;
     std::vector<RukVarState> m_vars;
+    std::vector<RukVarNode> m_varHandles; // one per variable, handed to the callbacks
     std::vector<int> m_varNodes;
     std::vector<RukData> m_consts;
     std::vector<RukFunction> m_functions;
+    // The typed program holds as long as the variables keep the types they had when it was
+    // compiled; an evaluation with a type callback runs the generic one.
     std::vector<RukInstr> m_program;
+    std::vector<RukInstr> m_genericProgram;
+    bool m_programReady = false;
+    bool m_genericReady = false;
     std::vector<RukData> m_stack;
     std::vector<int> m_tokenOrder; // token nodes by position, built on the first expression()
     IRukQueryVarValueEvent *m_valueEvent = nullptr;
+    RukQueryVarValueImpl *m_valueImpl = nullptr; // m_valueEvent when it is one: one virtual call less
+    void setValueEvent(IRukQueryVarValueEvent *event)
+    {
+        m_valueEvent = event;
+        m_valueImpl = dynamic_cast<RukQueryVarValueImpl *>(event);
+    }
     RukData m_result;
     bool m_ready = false;
 
 private:
     void clearExpression();
-    void compile();
+    void compile(std::vector<RukInstr> &program, bool typed);
+    void run(const std::vector<RukInstr> &program, IRukQueryVarDataTypeEvent *typeEvent, void *context,
+             const RukNodeMapInfos *nodeMap);
     void loadVar(const RukInstr &in, RukData &dst, IRukQueryVarDataTypeEvent *typeEvent, void *context,
-        const RukNodeMapInfos *nodeMap);
+                 const RukNodeMapInfos *nodeMap);
+    double loadFloat(int var, void *context);
+    double loadFloatSlow(int var);
+    void varSlow(const RukInstr &in, RukData &dst);
+    void resetVarFlags();
     void convertVar(const RukInstr &in, RukData &dst);
+    void mathF(const RukInstr &in, RukData &x) const;
     [[noreturn]] void throwOperandError(const RukInstr &in, const RukData &operand) const;
     void binarySlow(const RukInstr &in, RukData &x, const RukData &y);
     void arithmetic(const RukInstr &in, RukData &x, const RukData &y);

@@ -7,8 +7,7 @@
 
 TovKeyValueList::TovKeyValueList()
     : d(new TovKeyValueListPrivate)
-{
-}
+{ }
 
 TovKeyValueList::TovKeyValueList(const QString &text)
     : d(new TovKeyValueListPrivate)
@@ -68,8 +67,7 @@ void TovKeyValueList::merge(const TovKeyValueList &other)
 
 void TovKeyValueList::assign(const TovKeyValueList &other)
 {
-    const TovKeyValueListPrivate::Map entries
-        = other.d->map ? *other.d->map : TovKeyValueListPrivate::Map();
+    const TovKeyValueListPrivate::Map entries = other.d->map ? *other.d->map : TovKeyValueListPrivate::Map();
     d->ensureMap() = entries;
 }
 

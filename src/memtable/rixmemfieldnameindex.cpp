@@ -2,7 +2,12 @@
 
 namespace {
 
-enum class Walk { Done, Stopped, Malformed };
+enum class Walk
+{
+    Done,
+    Stopped,
+    Malformed
+};
 
 // Calls emit(unit) with the UTF-16 units of QString::toLower() of [p, end) without building it.
 // toLower maps every code point through its simple lowercase mapping, except U+0130 which
@@ -112,7 +117,7 @@ void RixMemFieldNameIndex::insert(const QString &name, int index)
         m_entries[at].index = index;
         return;
     }
-    m_entries.append(Entry{name.toLower(), hash, index});
+    m_entries.append(Entry { name.toLower(), hash, index });
     // Keep the load factor at or below one half so that probing stays short and terminates.
     if (uint(m_entries.size()) * 2 > m_mask + 1) {
         rebuild();

@@ -5,8 +5,7 @@
 
 RixMemFields::RixMemFields()
     : m_nameIndex(std::make_unique<RixMemFieldNameIndex>())
-{
-}
+{ }
 
 RixMemFields::RixMemFields(const RixMemFields &other)
     : RixMemFields()
@@ -36,8 +35,8 @@ int RixMemFields::addField(RixMemField *field)
     return index;
 }
 
-RixMemField *RixMemFields::addField(const QString &fieldName, const QString &displayName,
-                                    QVariant::Type dataType)
+RixMemField *RixMemFields::addField(
+    const QString &fieldName, const QString &displayName, QVariant::Type dataType)
 {
     auto *field = new RixMemField;
     field->setFieldName(fieldName);

@@ -125,7 +125,8 @@ void RixMemRecord::setAsString(int index, const QString &value, bool check)
     QVariant variant(value);
     if (m_needConvert && m_table) {
         RixMemFields *fields = m_table->fields();
-        const QVariant::Type type = index < fields->count() ? fields->items(index)->dataType() : QVariant::Invalid;
+        const QVariant::Type type
+            = index < fields->count() ? fields->items(index)->dataType() : QVariant::Invalid;
         if (type != QVariant::Invalid && variant.canConvert(int(type))) {
             QVariant converted = variant;
             // A text that does not convert is stored as it is.

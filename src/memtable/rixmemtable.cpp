@@ -12,7 +12,9 @@
 #include <QJsonValue>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
+#include <limits>
 
 namespace {
 
@@ -25,6 +27,34 @@ const QString idFieldName()
 inline bool isAsciiSpace(char c)
 {
     return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+// json.toVariant(), converted to type when it converts. Texts, booleans and numbers that
+// plainly fit the type are made directly: the same variants, without the conversion machinery.
+QVariant jsonToVariant(const QJsonValue &json, int type)
+{
+    if (json.isString()) {
+        if (type == QMetaType::QString || type == QMetaType::UnknownType)
+            return QVariant(json.toString());
+    } else if (json.isBool()) {
+        if (type == QMetaType::Bool || type == QMetaType::UnknownType)
+            return QVariant(json.toBool());
+    } else if (json.isDouble()) {
+        const double number = json.toDouble();
+        if (type == QMetaType::Double)
+            return QVariant(number);
+        if (type == QMetaType::Int && number == std::trunc(number)
+            && number >= std::numeric_limits<int>::min() && number <= std::numeric_limits<int>::max())
+            return QVariant(int(number));
+    }
+    QVariant value = json.toVariant();
+    if (type != QMetaType::UnknownType && value.userType() != type && value.canConvert(type)) {
+        QVariant converted = value;
+        // A value that does not convert is kept as it is.
+        if (converted.convert(type))
+            value = converted;
+    }
+    return value;
 }
 
 } // namespace
@@ -77,8 +107,8 @@ int RixMemTable::addField(RixMemField *field)
     return fields()->addField(field);
 }
 
-RixMemField *RixMemTable::addField(const QString &fieldName, const QString &displayName,
-                                   QVariant::Type dataType)
+RixMemField *RixMemTable::addField(
+    const QString &fieldName, const QString &displayName, QVariant::Type dataType)
 {
     return fields()->addField(fieldName, displayName, dataType);
 }
@@ -443,14 +473,7 @@ void RixMemTable::loadFromJson(const QJsonArray &array)
             const int index = tableFields->filedIndex(it.key());
             if (index < 0)
                 continue;
-            QVariant value = it.value().toVariant();
-            const int type = tableFields->items(index)->dataType();
-            if (type != QMetaType::UnknownType && value.userType() != type && value.canConvert(type)) {
-                QVariant converted = value;
-                if (converted.convert(type))
-                    value = converted;
-            }
-            record->setVariant(index, value);
+            record->setVariant(index, jsonToVariant(it.value(), tableFields->items(index)->dataType()));
         }
         if (!refTable) {
             // Continues from the largest "ID", without adding one.

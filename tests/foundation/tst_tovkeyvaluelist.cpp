@@ -38,7 +38,8 @@ void TestTovKeyValueList::loadFromString_data()
     QTest::addColumn<QString>("savedText");
 
     const QChar semi(';');
-    QTest::newRow("parts sorted, empty part and part without = skipped") << "b=2;a=1;;c" << semi << true << "a=1;b=2";
+    QTest::newRow("parts sorted, empty part and part without = skipped")
+        << "b=2;a=1;;c" << semi << true << "a=1;b=2";
     QTest::newRow("value keeps further =") << "k=x=y" << semi << true << "k=x=y";
     QTest::newRow("empty key") << "=5" << semi << true << "=5";
     QTest::newRow("empty value") << "a=" << semi << true << "a=";
@@ -129,11 +130,13 @@ void TestTovKeyValueList::typedReaders_data()
 
     // Defaults used: 7, 70, true, "def".
     QTest::newRow("absent key gives defaults") << QVariant() << 7 << qint64(70) << true << "def";
-    QTest::newRow("text abc: integer defaults, boolean converts") << QVariant("abc") << 7 << qint64(70) << true << "abc";
+    QTest::newRow("text abc: integer defaults, boolean converts")
+        << QVariant("abc") << 7 << qint64(70) << true << "abc";
     QTest::newRow("text 12") << QVariant("12") << 12 << qint64(12) << true << "12";
     QTest::newRow("text false converts to false") << QVariant("false") << 7 << qint64(70) << false << "false";
     QTest::newRow("empty text is valid: no default") << QVariant("") << 7 << qint64(70) << false << "";
-    QTest::newRow("int64 beyond int") << QVariant(qint64(5000000000)) << 7 << qint64(5000000000) << true << "5000000000";
+    QTest::newRow("int64 beyond int")
+        << QVariant(qint64(5000000000)) << 7 << qint64(5000000000) << true << "5000000000";
     QTest::newRow("bool false") << QVariant(false) << 0 << qint64(0) << false << "false";
     QTest::newRow("double") << QVariant(2.5) << 3 << qint64(3) << true << "2.5";
 }
@@ -162,15 +165,24 @@ void TestTovKeyValueList::isEqual_data()
     QTest::addColumn<QString>("right");
     QTest::addColumn<bool>("equal");
 
-    QTest::newRow("both without map") << "-" << "-" << true;
-    QTest::newRow("cleared and new") << "0" << "-" << true;
-    QTest::newRow("new and cleared") << "-" << "0" << true;
-    QTest::newRow("new and filled") << "-" << "a=1" << false;
-    QTest::newRow("filled and new") << "a=1" << "-" << false;
-    QTest::newRow("same entries") << "a=1;b=2" << "b=2;a=1" << true;
-    QTest::newRow("different value") << "a=1;b=2" << "a=1;b=3" << false;
-    QTest::newRow("different key count") << "a=1" << "a=1;b=2" << false;
-    QTest::newRow("different key, same count") << "a=1" << "b=1" << false;
+    QTest::newRow("both without map") << "-"
+                                      << "-" << true;
+    QTest::newRow("cleared and new") << "0"
+                                     << "-" << true;
+    QTest::newRow("new and cleared") << "-"
+                                     << "0" << true;
+    QTest::newRow("new and filled") << "-"
+                                    << "a=1" << false;
+    QTest::newRow("filled and new") << "a=1"
+                                    << "-" << false;
+    QTest::newRow("same entries") << "a=1;b=2"
+                                  << "b=2;a=1" << true;
+    QTest::newRow("different value") << "a=1;b=2"
+                                     << "a=1;b=3" << false;
+    QTest::newRow("different key count") << "a=1"
+                                         << "a=1;b=2" << false;
+    QTest::newRow("different key, same count") << "a=1"
+                                               << "b=1" << false;
 }
 
 static TovKeyValueList makeList(const QString &spec)
@@ -201,10 +213,26 @@ void TestTovKeyValueList::saveAppends_data()
     QTest::addColumn<QString>("full");
     QTest::addColumn<QString>("diff");
 
-    QTest::newRow("no separator before the first entry") << "x" << "a=1;b=2" << "-" << "xa=1;b=2" << "xa=1;b=2";
-    QTest::newRow("identical lists: no difference") << "" << "a=1;b=2" << "a=1;b=2" << "a=1;b=2" << "";
-    QTest::newRow("changed and missing keys differ") << "" << "a=1;b=2;c=3" << "a=1;b=9" << "a=1;b=2;c=3" << "b=2;c=3";
-    QTest::newRow("no map appends nothing") << "x" << "-" << "a=1" << "x" << "x";
+    QTest::newRow("no separator before the first entry") << "x"
+                                                         << "a=1;b=2"
+                                                         << "-"
+                                                         << "xa=1;b=2"
+                                                         << "xa=1;b=2";
+    QTest::newRow("identical lists: no difference") << ""
+                                                    << "a=1;b=2"
+                                                    << "a=1;b=2"
+                                                    << "a=1;b=2"
+                                                    << "";
+    QTest::newRow("changed and missing keys differ") << ""
+                                                     << "a=1;b=2;c=3"
+                                                     << "a=1;b=9"
+                                                     << "a=1;b=2;c=3"
+                                                     << "b=2;c=3";
+    QTest::newRow("no map appends nothing") << "x"
+                                            << "-"
+                                            << "a=1"
+                                            << "x"
+                                            << "x";
 }
 
 void TestTovKeyValueList::saveAppends()
@@ -246,7 +274,8 @@ void TestTovKeyValueList::mergeAndRemove()
 
 void TestTovKeyValueList::initializerListAndChaining()
 {
-    const TovKeyValueList list{{QStringLiteral("b"), 1}, {QStringLiteral("a"), true}, {QStringLiteral("b"), 2.5}};
+    const TovKeyValueList list { { QStringLiteral("b"), 1 }, { QStringLiteral("a"), true },
+        { QStringLiteral("b"), 2.5 } };
     QCOMPARE(saved(list), QStringLiteral("a=true;b=2.5"));
 
     TovKeyValueList chained;

@@ -113,7 +113,7 @@ void TestRixMemFields::lookupMatchesLowerCaseForEveryCodePoint()
     int checked = 0;
     for (uint cp : codePoints) {
         const QString name = QStringLiteral("k") + QString::fromUcs4(&cp, 1);
-        for (const QString &probe : {name, name.toUpper(), name.toLower()}) {
+        for (const QString &probe : { name, name.toUpper(), name.toLower() }) {
             const int want = expected.value(probe.toLower(), -1);
             if (fields.filedIndex(probe) != want)
                 QFAIL(qPrintable(QStringLiteral("U+%1 probe %2: %3 instead of %4")
@@ -128,8 +128,8 @@ void TestRixMemFields::lookupMatchesLowerCaseForEveryCodePoint()
     // Names with lone surrogates follow toLower() as well, whatever it makes of them.
     const QChar high(0xD800);
     const QChar low(0xDC00);
-    const QStringList malformed{QString(high) + QStringLiteral("X"), QStringLiteral("X") + low + QStringLiteral("Y"),
-                                QStringLiteral("AB") + high};
+    const QStringList malformed { QString(high) + QStringLiteral("X"),
+        QStringLiteral("X") + low + QStringLiteral("Y"), QStringLiteral("AB") + high };
     for (const QString &name : malformed) {
         fields.addField(name, QString(), QVariant::String);
         QCOMPARE(fields.filedIndex(name), fields.count() - 1);
@@ -143,11 +143,16 @@ void TestRixMemFields::removeAt_data()
     QTest::addColumn<QString>("after");
     QTest::addColumn<QString>("lookups"); // name:index pairs checked after removal
 
-    QTest::newRow("first of three: last takes its place") << 0 << "C,B" << "c:0,b:1,a:-1";
-    QTest::newRow("middle of three") << 1 << "A,C" << "a:0,c:1,b:-1";
-    QTest::newRow("last of three") << 2 << "A,B" << "a:0,b:1,c:-1";
-    QTest::newRow("-1 is ignored") << -1 << "A,B,C" << "a:0,b:1,c:2";
-    QTest::newRow("out of range is ignored") << 3 << "A,B,C" << "a:0,b:1,c:2";
+    QTest::newRow("first of three: last takes its place") << 0 << "C,B"
+                                                          << "c:0,b:1,a:-1";
+    QTest::newRow("middle of three") << 1 << "A,C"
+                                     << "a:0,c:1,b:-1";
+    QTest::newRow("last of three") << 2 << "A,B"
+                                   << "a:0,b:1,c:-1";
+    QTest::newRow("-1 is ignored") << -1 << "A,B,C"
+                                   << "a:0,b:1,c:2";
+    QTest::newRow("out of range is ignored") << 3 << "A,B,C"
+                                             << "a:0,b:1,c:2";
 }
 
 void TestRixMemFields::removeAt()
@@ -157,7 +162,7 @@ void TestRixMemFields::removeAt()
     QFETCH(QString, lookups);
 
     RixMemFields fields;
-    for (const char *name : {"A", "B", "C"})
+    for (const char *name : { "A", "B", "C" })
         fields.addField(QLatin1String(name), QString(), QVariant::String);
     fields.removeAt(index);
     QCOMPARE(names(fields), after);
@@ -205,7 +210,7 @@ void TestRixMemFields::copiesHoldNewFields()
     RixMemFields assigned;
     assigned.addField(QStringLiteral("Old"), QString(), QVariant::String);
     assigned = fields;
-    for (const RixMemFields *other : {&copy, const_cast<const RixMemFields *>(&assigned)}) {
+    for (const RixMemFields *other : { &copy, const_cast<const RixMemFields *>(&assigned) }) {
         QCOMPARE(other->count(), 2);
         QVERIFY(other->items(0) != width);
         QCOMPARE(other->items(0)->displayName(), QStringLiteral("宽度"));
@@ -227,9 +232,15 @@ void TestRixMemFields::fieldAssign_data()
     QTest::addColumn<QString>("sourceExt"); // empty: the source has no extra attributes
     QTest::addColumn<QString>("targetExt");
     QTest::addColumn<QString>("afterExt");
-    QTest::newRow("extra attributes deep-copied") << "a=1;b=2" << "" << "a=1;b=2";
-    QTest::newRow("target's own attributes replaced") << "a=1" << "z=9" << "a=1";
-    QTest::newRow("source without extras removes target's") << "" << "z=9" << "";
+    QTest::newRow("extra attributes deep-copied") << "a=1;b=2"
+                                                  << ""
+                                                  << "a=1;b=2";
+    QTest::newRow("target's own attributes replaced") << "a=1"
+                                                      << "z=9"
+                                                      << "a=1";
+    QTest::newRow("source without extras removes target's") << ""
+                                                            << "z=9"
+                                                            << "";
 }
 
 void TestRixMemFields::fieldAssign()
@@ -275,9 +286,15 @@ void TestRixMemFields::extData_data()
     QTest::addColumn<QString>("init");
     QTest::addColumn<QString>("saved");
     QTest::addColumn<QString>("unitValue");
-    QTest::newRow("loaded with ; and saved in key order") << "unit=m;digits=2" << "digits=2;unit=m" << "m";
-    QTest::newRow("empty text removes the attributes") << "" << "" << "";
-    QTest::newRow("text without entries keeps an empty list") << "nothing" << "" << "";
+    QTest::newRow("loaded with ; and saved in key order") << "unit=m;digits=2"
+                                                          << "digits=2;unit=m"
+                                                          << "m";
+    QTest::newRow("empty text removes the attributes") << ""
+                                                       << ""
+                                                       << "";
+    QTest::newRow("text without entries keeps an empty list") << "nothing"
+                                                              << ""
+                                                              << "";
 }
 
 void TestRixMemFields::extData()

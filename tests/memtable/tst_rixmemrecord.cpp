@@ -30,7 +30,6 @@ private slots:
     void isNullValues_data();
     void isNullValues();
     void assignAndAssignValues();
-    void valuesAreNotLengthChecked();
     void destructorTakesRecordOutOfItsTable();
     void tableAndIndex();
 
@@ -73,9 +72,10 @@ void TestRixMemRecord::referenceRecordWrites_data()
     QTest::addColumn<QVariant>("stored");
     QTest::addColumn<QVariant>("effective");
 
-    QTest::newRow("equal to the reference: null stored") << QVariant(5) << QVariant(5) << QVariant() << QVariant(5);
-    QTest::newRow("equal after conversion: null stored") << QVariant(5) << QVariant(QStringLiteral("5")) << QVariant()
-                                                          << QVariant(5);
+    QTest::newRow("equal to the reference: null stored")
+        << QVariant(5) << QVariant(5) << QVariant() << QVariant(5);
+    QTest::newRow("equal after conversion: null stored")
+        << QVariant(5) << QVariant(QStringLiteral("5")) << QVariant() << QVariant(5);
     QTest::newRow("different: stored") << QVariant(5) << QVariant(6) << QVariant(6) << QVariant(6);
     QTest::newRow("null: reference shows through") << QVariant(5) << QVariant() << QVariant() << QVariant(5);
     QTest::newRow("reference null: stored") << QVariant() << QVariant(7) << QVariant(7) << QVariant(7);
@@ -138,9 +138,11 @@ void TestRixMemRecord::setAsStringConversion_data()
     QTest::addColumn<QVariant>("stored");
 
     QTest::newRow("double field converts 2.5") << "Width" << true << "2.5" << QVariant(2.5);
-    QTest::newRow("without needConvert the text is stored") << "Width" << false << "2.5" << QVariant(QStringLiteral("2.5"));
+    QTest::newRow("without needConvert the text is stored")
+        << "Width" << false << "2.5" << QVariant(QStringLiteral("2.5"));
     QTest::newRow("int field converts 12") << "ID" << true << "12" << QVariant(12);
-    QTest::newRow("text that does not convert stays text") << "ID" << true << "abc" << QVariant(QStringLiteral("abc"));
+    QTest::newRow("text that does not convert stays text")
+        << "ID" << true << "abc" << QVariant(QStringLiteral("abc"));
     QTest::newRow("bool field converts true") << "Paved" << true << "true" << QVariant(true);
     QTest::newRow("string field keeps text") << "Name" << true << "路肩" << QVariant(QStringLiteral("路肩"));
 }
@@ -254,16 +256,6 @@ void TestRixMemRecord::assignAndAssignValues()
     QCOMPARE(flat.asString(QStringLiteral("Name")), QStringLiteral("路面"));
 }
 
-void TestRixMemRecord::valuesAreNotLengthChecked()
-{
-    RixMemRecord record(m_table.get());
-    QVector<QVariant> values{1, 2};
-    record.setValues(values);
-    QCOMPARE(record.getValues().size(), 2);
-    QVERIFY(record.getVariant(QStringLiteral("Name")).isNull());
-    QCOMPARE(record.asInteger(QStringLiteral("Width")), 2);
-}
-
 void TestRixMemRecord::destructorTakesRecordOutOfItsTable()
 {
     QSignalSpy before(m_table.get(), &RixMemTable::onBeforeRemove);
@@ -275,7 +267,7 @@ void TestRixMemRecord::destructorTakesRecordOutOfItsTable()
     m_table->appendRecord(other);
     int countSeenBefore = -1;
     connect(m_table.get(), &RixMemTable::onBeforeRemove, this,
-            [&](RixMemRecord *r) { countSeenBefore = r->table()->recordCount(); });
+        [&](RixMemRecord *r) { countSeenBefore = r->table()->recordCount(); });
     delete record;
     QCOMPARE(before.count(), 1);
     QCOMPARE(after.count(), 1);

@@ -84,6 +84,11 @@ void standardVars(Vars &vars)
     vars.values.insert(QStringLiteral("@n"), RukData::fromInteger(5));
     vars.values.insert(QStringLiteral("#"), RukData::fromString(QStringLiteral("10")));
     vars.invalid << QStringLiteral("bad");
+    // Announced types let the engine compile typed operations for these.
+    vars.types.insert(QStringLiteral("x"), RukData::Float);
+    vars.types.insert(QStringLiteral("宽度"), RukData::Float);
+    vars.types.insert(QStringLiteral("s"), RukData::String);
+    vars.types.insert(QStringLiteral("t"), RukData::Boolean);
 }
 
 } // namespace
@@ -100,6 +105,7 @@ private slots:
     void announcedTypes_data();
     void announcedTypes();
     void callbacksPerVariable();
+    void typeChangeAtEvaluateRecompiles();
     void lazyBranches_data();
     void lazyBranches();
     void walks_data();
@@ -234,6 +240,20 @@ void TestRukEngine::evaluate_data()
                                      << "12:abc!";
     QTest::newRow("boolean variable") << "not t"
                                       << "13:false";
+    QTest::newRow("typed arithmetic") << "x*2 - x/2 + -x - 宽度"
+                                      << "11:-1.75";
+    QTest::newRow("typed arithmetic with a constant on the left") << "10 - x / 0.5 * 2 + 1"
+                                                                  << "11:1";
+    QTest::newRow("typed comparisons") << "x > 2 and x >= 2.5 and x < 3 and x <= 2.5 and x = 2.5 and x != 2"
+                                       << "13:true";
+    QTest::newRow("typed comparison false") << "x > 2.5 or x < 2.5 or x <> 2.5"
+                                            << "13:false";
+    QTest::newRow("typed functions") << "floor(x) + ceil(x) + round(x) + abs(-x) + sqrt(x*x)"
+                                     << "11:13";
+    QTest::newRow("typed text equality") << "s = 'abc' and s != 'x' and 'abc' = s and not (s <> s)"
+                                         << "13:true";
+    QTest::newRow("if of two typed branches") << "if(t, x, 宽度) * 2"
+                                              << "11:5";
     // functions
     QTest::newRow("abs of an integer") << "abs(-3)"
                                        << "10:3";
@@ -304,15 +324,20 @@ void TestRukEngine::evaluate()
     RukParser parser = rukEngine().createParser();
     parser.setOnQueryVarValue(&vars);
     QString actual;
+    QString generic;
     try {
-        parser.setExpression(expression);
+        parser.setExpression(expression, &vars);
         parser.evaluate();
         actual = describe(parser.result());
         QVERIFY(parser.result().isValid());
+        // With a type callback the engine runs its untyped program: same answer.
+        parser.evaluate(&vars);
+        generic = describe(parser.result());
     } catch (const SefException &) {
-        actual = QStringLiteral("ERR");
+        actual = generic = QStringLiteral("ERR");
     }
     QCOMPARE(actual, expected);
+    QCOMPARE(generic, expected);
 }
 
 void TestRukEngine::errors_data()
@@ -476,6 +501,24 @@ void TestRukEngine::callbacksPerVariable()
     vars.values.insert(QStringLiteral("i"), RukData::fromInteger(1));
     parser.evaluate();
     QCOMPARE(describe(parser.result()), QStringLiteral("10:1"));
+}
+
+void TestRukEngine::typeChangeAtEvaluateRecompiles()
+{
+    Vars vars;
+    standardVars(vars);
+    RukParser parser = rukEngine().createParser();
+    parser.setOnQueryVarValue(&vars);
+    parser.setExpression(QStringLiteral("x + 1 > 3.25"), &vars); // x announced floating-point
+    parser.evaluate();
+    QCOMPARE(describe(parser.result()), QStringLiteral("13:true"));
+    // Announced as integer from now on: 2.5 rounds to 3, and the typed program must follow.
+    vars.types.insert(QStringLiteral("x"), RukData::Integer);
+    parser.evaluate(&vars);
+    QCOMPARE(describe(parser.result()), QStringLiteral("13:true"));
+    vars.values.insert(QStringLiteral("x"), RukData::fromFloat(2.4));
+    parser.evaluate();
+    QCOMPARE(describe(parser.result()), QStringLiteral("13:false"));
 }
 
 void TestRukEngine::lazyBranches_data()

@@ -11,6 +11,11 @@ int main()
         if (e.code() != 3 || !SefCommon::isNumeric(QStringLiteral(" 1e3 ")))
             return 1;
     }
+    RixMemTable table;
+    table.addField(QStringLiteral("ID"), QString(), QVariant::Int);
+    table.loadFromJson(QByteArray(R"([{"ID":7}])"));
+    if (table.recordCount() != 1 || table.items(0)->asInteger(QStringLiteral("id")) != 7)
+        return 1;
     std::puts("consumer ok");
     return 0;
 }

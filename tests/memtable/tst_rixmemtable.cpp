@@ -1,0 +1,696 @@
+#include <rixmemfield.h>
+#include <rixmemfields.h>
+#include <rixmemrecord.h>
+#include <rixmemtable.h>
+#include <sefcommon.h>
+
+#include <QFile>
+#include <QJsonDocument>
+#include <QPointer>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+namespace {
+
+// Exposes the protected record factory.
+class TestableTable : public RixMemTable
+{
+public:
+    using RixMemTable::createRecord;
+};
+
+// "iD:v|v|v" per record, records separated by ";", values by their text.
+QString dump(const RixMemTable &table)
+{
+    QStringList rows;
+    for (int i = 0; i < table.recordCount(); ++i) {
+        const RixMemRecord *record = table.items(i);
+        QStringList values;
+        for (int f = 0; f < table.fields()->count(); ++f)
+            values << SefCommon::variantToString(record->getVariant(f));
+        rows << QString::number(record->iD()) + QLatin1Char(':') + values.join(QLatin1Char('|'));
+    }
+    return rows.join(QLatin1Char(';'));
+}
+
+void addFields(RixMemTable &table, const QString &spec)
+{
+    for (const QString &name : spec.split(QLatin1Char(','), Qt::SkipEmptyParts))
+        table.addField(name, QString(), QVariant::String);
+}
+
+QString savedJson(RixMemTable &table)
+{
+    QByteArray json("untouched");
+    table.saveToJson(json);
+    return QString::fromUtf8(json);
+}
+
+} // namespace
+
+class TestRixMemTable : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void identities();
+    void csvFile_data();
+    void csvFile();
+    void csvFixtures_data();
+    void csvFixtures();
+    void csvUnreadableLeavesTableUnchanged_data();
+    void csvUnreadableLeavesTableUnchanged();
+    void loadFromString_data();
+    void loadFromString();
+    void loadFromJson_data();
+    void loadFromJson();
+    void loadFromJsonConvertsToFieldTypes();
+    void loadFromJsonOverReference();
+    void saveToJson_data();
+    void saveToJson();
+    void layerSavesOnlyChanges();
+    void layerRoundTrip();
+    void addAndRemoveSignals_data();
+    void addAndRemoveSignals();
+    void deleteRecordDeletes();
+    void sortByField_data();
+    void sortByField();
+    void referenceTable();
+    void assign_data();
+    void assign();
+    void findAndColumnQueries();
+};
+
+void TestRixMemTable::identities()
+{
+    TestableTable table;
+    RixMemRecord *first = table.newRecord();
+    QCOMPARE(first->iD(), 1);
+    table.appendRecord(first);
+    RixMemRecord *free = table.createRecord();
+    QCOMPARE(free->iD(), 0);
+    delete free;
+    QList<int> ids;
+    for (int i = 0; i < 2; ++i) {
+        RixMemRecord *record = table.newRecord();
+        ids << record->iD();
+        table.appendRecord(record);
+    }
+    QCOMPARE(ids, (QList<int> { 2, 3 }));
+    table.clear();
+    ids.clear();
+    for (int i = 0; i < 3; ++i) {
+        RixMemRecord *record = table.newRecord();
+        ids << record->iD();
+        table.appendRecord(record);
+    }
+    QCOMPARE(ids, (QList<int> { 0, 1, 2 }));
+}
+
+void TestRixMemTable::csvFile_data()
+{
+    QTest::addColumn<QString>("fields");
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<bool>("hasHeader");
+    QTest::addColumn<QString>("expected");
+
+    QTest::newRow("header maps columns by name in any case")
+        << "a,b" << QByteArray("B,A\n1,2\n") << true << "1:2|1";
+    QTest::newRow("unknown header column: later columns shift left")
+        << "a,b" << QByteArray("a,x,b\n1,2,3\n") << true << "1:1|2";
+    QTest::newRow("empty cell shifts the following cells left")
+        << "a,b,c" << QByteArray("a,b,c\n1,,3\n") << true << "1:1|3|";
+    QTest::newRow("without header the first line is never loaded")
+        << "a,b" << QByteArray("1,2\n3,4\n") << false << "1:3|4";
+    QTest::newRow("without header the map stops at the first line's cell count")
+        << "a,b,c" << QByteArray("x,y\n1,2,3\n") << false << "1:1|2|";
+    QTest::newRow("extra cells beyond the map are dropped")
+        << "a" << QByteArray("a\n1,2,3\n") << true << "1:1";
+    QTest::newRow("line trimmed, cells not trimmed inside")
+        << "a,b" << QByteArray("a,b\n  1 , 2  \r\n") << true << "1:1 | 2";
+    QTest::newRow("blank and comma-only lines draw an identity but add nothing")
+        << "a" << QByteArray("a\n\n,,\n5\n") << true << "3:5";
+    QTest::newRow("last line without newline") << "a" << QByteArray("a\n1\n2") << true << "1:1;2:2";
+    QTest::newRow("values stay text on a typed table") << "a" << QByteArray("a\n007\n") << true << "1:007";
+    QTest::newRow("header only") << "a" << QByteArray("a\n") << true << "";
+    QTest::newRow("invalid UTF-8 decoded with replacement")
+        << "a,b" << QByteArray("a,b\n\xff,\xe4\xb8\n") << true << QStringLiteral("1:\uFFFD|\uFFFD\uFFFD");
+}
+
+void TestRixMemTable::csvFile()
+{
+    QFETCH(QString, fields);
+    QFETCH(QByteArray, content);
+    QFETCH(bool, hasHeader);
+    QFETCH(QString, expected);
+
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    const QString path = dir.filePath(QStringLiteral("rows.csv"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(content);
+    file.close();
+
+    RixMemTable table;
+    addFields(table, fields);
+    table.field(0)->setDataType(QVariant::Int);
+    table.loadFromCSVFile(path, hasHeader);
+    QCOMPARE(dump(table), expected);
+    for (int i = 0; i < table.recordCount(); ++i) {
+        QCOMPARE(table.items(i)->getVariant(0).userType(), int(QMetaType::QString));
+        QCOMPARE(table.items(i)->index(), i);
+    }
+}
+
+void TestRixMemTable::csvFixtures_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QString>("fields");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("unknown header column, CRLF lines") << "header_unknown_column.csv"
+                                                       << "ID,Name,Width"
+                                                       << "1:1|x|边沟;2:2|y|路肩";
+    QTest::newRow("byte-order mark skipped, full-width spaces trimmed") << "bom_fullwidth_space.csv"
+                                                                        << "Name,Width"
+                                                                        << "1:中央分隔带|2;4:路缘石|0.15";
+}
+
+void TestRixMemTable::csvFixtures()
+{
+    QFETCH(QString, file);
+    QFETCH(QString, fields);
+    QFETCH(QString, expected);
+    const QString path = QFINDTESTDATA(QStringLiteral("../data/memtable/") + file);
+    QVERIFY(!path.isEmpty());
+    RixMemTable table;
+    addFields(table, fields);
+    table.loadFromCSVFile(path, true);
+    QCOMPARE(dump(table), expected);
+}
+
+void TestRixMemTable::csvUnreadableLeavesTableUnchanged_data()
+{
+    QTest::addColumn<bool>("exists");
+    QTest::newRow("missing file") << false;
+    QTest::newRow("empty file") << true;
+}
+
+void TestRixMemTable::csvUnreadableLeavesTableUnchanged()
+{
+    QFETCH(bool, exists);
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("none.csv"));
+    if (exists) {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+    }
+    RixMemTable table;
+    addFields(table, QStringLiteral("a"));
+    table.loadFromString(QStringLiteral("x\ny"), QLatin1Char(','), QStringList());
+    table.loadFromCSVFile(path, true);
+    QCOMPARE(dump(table), QStringLiteral("0:x;1:y"));
+    // A readable file appends after the existing rows, continuing the identities.
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("a\nz\n");
+    file.close();
+    table.loadFromCSVFile(path, true);
+    QCOMPARE(dump(table), QStringLiteral("0:x;1:y;2:z"));
+}
+
+void TestRixMemTable::loadFromString_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("separator");
+    QTest::addColumn<QStringList>("names");
+    QTest::addColumn<QString>("expected");
+
+    QTest::newRow("visible fields when no names are given") << "1;2;3\n4;5;6"
+                                                            << ";" << QStringList() << "0:1||2;1:4||5";
+    QTest::newRow("named columns in the order given") << "1;2"
+                                                      << ";" << QStringList { "C", "a" } << "0:2||1";
+    QTest::newRow("unknown names dropped") << "1;2"
+                                           << ";" << QStringList { "zz", "b" } << "0:|1|";
+    QTest::newRow("blank lines skipped without identity") << "\n  \n1\n\n2"
+                                                          << ";" << QStringList() << "0:1||;1:2||";
+    QTest::newRow("separator-only line draws an identity") << ";;\n7"
+                                                           << ";" << QStringList() << "1:7||";
+    QTest::newRow("empty cells shift left") << "\t;;x;y\t"
+                                            << ";" << QStringList() << "0:x||y";
+    QTest::newRow("empty text clears") << ""
+                                       << ";" << QStringList() << "";
+}
+
+void TestRixMemTable::loadFromString()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, separator);
+    QFETCH(QStringList, names);
+    QFETCH(QString, expected);
+
+    RixMemTable table;
+    addFields(table, QStringLiteral("a,b,c"));
+    table.field(1)->setVisible(false);
+    table.loadFromString(QStringLiteral("old"), QLatin1Char(';'), QStringList());
+    table.loadFromString(text, separator.at(0), names);
+    QCOMPARE(dump(table), expected);
+}
+
+void TestRixMemTable::loadFromJson_data()
+{
+    QTest::addColumn<QByteArray>("json");
+    QTest::addColumn<QString>("expected");
+    QTest::addColumn<int>("nextID");
+
+    QTest::newRow("ID 3 then 7 continues at 7")
+        << QByteArray(R"([{"ID":3,"Name":"a"},{"ID":7,"Name":"b"}])") << "0:3|a;3:7|b" << 7;
+    QTest::newRow("ID 7 then 3: the identity drawn after 7 is kept")
+        << QByteArray(R"([{"ID":7},{"ID":3}])") << "0:7|;7:3|" << 8;
+    QTest::newRow("keys found in any case, unknown keys ignored")
+        << QByteArray(R"([{"id":1,"NAME":"x","Other":5}])") << "0:1|x" << 1;
+    QTest::newRow("rows with changing key sets") << QByteArray(
+        R"([{"ID":1,"Name":"a"},{"ID":2,"NAME":"b"},{"id":3,"Name":"c","X":0},{"ID":4,"Name":"d"},{"Name":"e","ID":5}])")
+                                                 << "0:1|a;1:2|b;2:3|c;3:4|d;4:5|e" << 5;
+    QTest::newRow("keys equal in any case: the last in key order wins, on every row")
+        << QByteArray(R"([{"NAME":"x","name":"y"},{"name":"v","NAME":"u"}])") << "0:|y;1:|v" << 2;
+    QTest::newRow("without ID field numbering goes on")
+        << QByteArray(R"([{"Name":"x"},{"Name":"y"}])") << "0:|x;1:|y" << 2;
+    QTest::newRow("a non-object element is an empty record")
+        << QByteArray(R"([1,{"Name":"y"}])") << "0:|;1:|y" << 2;
+    QTest::newRow("malformed JSON clears") << QByteArray(R"([{"ID":1)") << "" << 0;
+    QTest::newRow("an object, not an array, clears") << QByteArray(R"({"ID":1})") << "" << 0;
+    QTest::newRow("empty array clears") << QByteArray("[]") << "" << 0;
+}
+
+void TestRixMemTable::loadFromJson()
+{
+    QFETCH(QByteArray, json);
+    QFETCH(QString, expected);
+    QFETCH(int, nextID);
+
+    RixMemTable table;
+    table.addField(QStringLiteral("ID"), QString(), QVariant::Int);
+    table.addField(QStringLiteral("Name"), QString(), QVariant::String);
+    table.loadFromString(QStringLiteral("9;old"), QLatin1Char(';'), QStringList());
+    table.loadFromJson(json);
+    QCOMPARE(dump(table), expected);
+    const std::unique_ptr<RixMemRecord> next(table.newRecord());
+    QCOMPARE(next->iD(), nextID);
+}
+
+void TestRixMemTable::loadFromJsonConvertsToFieldTypes()
+{
+    RixMemTable table;
+    table.addField(QStringLiteral("ID"), QString(), QVariant::Int);
+    table.addField(QStringLiteral("Name"), QString(), QVariant::String);
+    table.addField(QStringLiteral("Height"), QString(), QVariant::Double);
+    table.addField(QStringLiteral("Ratio"), QString(), QVariant::Double);
+    table.addField(QStringLiteral("Paved"), QString(), QVariant::Bool);
+    QFile file(QFINDTESTDATA("../data/memtable/slope_rules.json"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    table.loadFromJson(file.readAll());
+    QCOMPARE(table.recordCount(), 3);
+
+    const RixMemRecord *fill = table.items(0);
+    QCOMPARE(fill->getVariant(QStringLiteral("ID")).userType(), int(QMetaType::Int));
+    QCOMPARE(fill->getVariant(QStringLiteral("Height")).userType(), int(QMetaType::Double));
+    QCOMPARE(fill->getVariant(QStringLiteral("Paved")), QVariant(true));
+    const RixMemRecord *cut = table.items(1);
+    QCOMPARE(cut->getVariant(QStringLiteral("Name")), QVariant(QStringLiteral("挖方边坡")));
+    QCOMPARE(cut->getVariant(QStringLiteral("Height")), QVariant(12.5));
+    QCOMPARE(cut->getVariant(QStringLiteral("Ratio")), QVariant(1.25));
+    QVERIFY(cut->getVariant(QStringLiteral("Paved")).isNull());
+    const RixMemRecord *berm = table.items(2);
+    // A text that does not convert is kept as it is.
+    QCOMPARE(berm->getVariant(QStringLiteral("Ratio")), QVariant(QStringLiteral("steep")));
+    QCOMPARE(berm->getVariant(QStringLiteral("Paved")), QVariant(false));
+    QCOMPARE(berm->iD(), 7);
+}
+
+void TestRixMemTable::loadFromJsonOverReference()
+{
+    RixMemTable base;
+    base.addField(QStringLiteral("ID"), QString(), QVariant::Int);
+    base.addField(QStringLiteral("Name"), QString(), QVariant::String);
+    base.loadFromJson(QByteArray(R"([{"ID":10,"Name":"a"},{"ID":20,"Name":"b"},{"ID":10,"Name":"dup"}])"));
+
+    RixMemTable layer;
+    layer.setRefTable(&base);
+    layer.loadFromJson(
+        QByteArray(R"([{"_RefID":20},{"_RefID":10,"Name":"A"},{"_RefID":99},{"Name":"new"}])"));
+    QCOMPARE(layer.recordCount(), 4);
+    QCOMPARE(layer.items(0)->refRecord(), base.items(1));
+    QCOMPARE(layer.items(1)->refRecord(), base.items(0)); // the first match wins
+    QCOMPARE(layer.items(2)->refRecord(), nullptr);
+    QCOMPARE(layer.items(3)->refRecord(), nullptr);
+    QCOMPARE(dump(layer), QStringLiteral("0:20|b;1:10|A;2:|;3:|new"));
+    // Over a reference table the "ID" values do not move the numbering.
+    const std::unique_ptr<RixMemRecord> next(layer.newRecord());
+    QCOMPARE(next->iD(), 4);
+}
+
+void TestRixMemTable::saveToJson_data()
+{
+    QTest::addColumn<QString>("rows"); // loaded with ';' into ID,Name,Width
+    QTest::addColumn<QString>("expected");
+
+    QTest::newRow("stored values, field names as spelled, types kept")
+        << "1;边沟;0.5"
+        << R"([{"ID":1,"Name":"边沟","Width":0.5}])";
+    QTest::newRow("null values left out") << "2;x"
+                                          << R"([{"ID":2,"Name":"x"}])";
+    QTest::newRow("no records: byte array untouched") << ""
+                                                      << "untouched";
+}
+
+void TestRixMemTable::saveToJson()
+{
+    QFETCH(QString, rows);
+    QFETCH(QString, expected);
+
+    RixMemTable table;
+    table.addField(QStringLiteral("ID"), QString(), QVariant::Int);
+    table.addField(QStringLiteral("Name"), QString(), QVariant::String);
+    table.addField(QStringLiteral("Width"), QString(), QVariant::Double);
+    table.loadFromString(rows, QLatin1Char(';'), QStringList());
+    // Typed values, as a host module would set them.
+    for (int i = 0; i < table.recordCount(); ++i) {
+        RixMemRecord *record = table.items(i);
+        record->setNeedConvert(true);
+        const QString id = record->asString(QStringLiteral("ID"));
+        const QString width = record->asString(QStringLiteral("Width"));
+        record->setVariant(QStringLiteral("ID"), QVariant());
+        record->setVariant(QStringLiteral("Width"), QVariant());
+        record->setAsString(QStringLiteral("ID"), id, false);
+        record->setAsString(QStringLiteral("Width"), width, false);
+    }
+    QCOMPARE(savedJson(table), expected);
+}
+
+void TestRixMemTable::layerSavesOnlyChanges()
+{
+    RixMemTable base;
+    base.addField(QStringLiteral("ID"), QString(), QVariant::Int);
+    base.addField(QStringLiteral("Name"), QString(), QVariant::String);
+    base.loadFromJson(QByteArray(R"([{"ID":1,"Name":"a"},{"ID":2,"Name":"b"},{"ID":3,"Name":"c"}])"));
+
+    RixMemTable layer;
+    layer.setRefTable(&base);
+    layer.appendRefRecords(&base);
+    QCOMPARE(dump(layer), QStringLiteral("1:1|a;2:2|b;3:3|c"));
+
+    QJsonArray array { QStringLiteral("already there") };
+    layer.saveToJson(array);
+    QVERIFY2(array.isEmpty(), "an unchanged layer replaces the whole array by an empty one");
+    QCOMPARE(savedJson(layer), QStringLiteral("untouched"));
+
+    layer.items(1)->setAsString(QStringLiteral("name"), QStringLiteral("B"), false);
+    QCOMPARE(savedJson(layer), QStringLiteral(R"([{"_RefID":1},{"Name":"B","_RefID":2},{"_RefID":3}])"));
+    QCOMPARE(base.items(1)->asString(QStringLiteral("Name")), QStringLiteral("b"));
+
+    // Setting the reference's value back stores nothing again.
+    layer.items(1)->setAsString(QStringLiteral("Name"), QStringLiteral("b"), false);
+    QCOMPARE(savedJson(layer), QStringLiteral("untouched"));
+
+    // One record fewer than the reference: saved, although nothing changed.
+    layer.deleteRecord(2);
+    QCOMPARE(savedJson(layer), QStringLiteral(R"([{"_RefID":1},{"_RefID":2}])"));
+}
+
+void TestRixMemTable::layerRoundTrip()
+{
+    RixMemTable base;
+    base.addField(QStringLiteral("ID"), QString(), QVariant::Int);
+    base.addField(QStringLiteral("Ratio"), QString(), QVariant::Double);
+    base.loadFromJson(QByteArray(R"([{"ID":1,"Ratio":1.5},{"ID":2,"Ratio":1.75}])"));
+    RixMemTable layer;
+    layer.setRefTable(&base);
+    layer.appendRefRecords(&base);
+    layer.items(0)->setVariant(QStringLiteral("Ratio"), 2.0);
+    QByteArray saved;
+    layer.saveToJson(saved);
+
+    RixMemTable reloaded;
+    reloaded.setRefTable(&base);
+    reloaded.loadFromJson(saved);
+    QCOMPARE(dump(reloaded), QStringLiteral("0:1|2;1:2|1.75"));
+    QCOMPARE(reloaded.items(1)->refRecord(), base.items(1));
+}
+
+void TestRixMemTable::addAndRemoveSignals_data()
+{
+    QTest::addColumn<int>("operation");
+    QTest::addColumn<int>("added");
+    QTest::addColumn<int>("beforeRemove");
+    QTest::addColumn<int>("afterRemove");
+    QTest::addColumn<int>("remaining");
+
+    QTest::newRow("append") << 0 << 1 << 0 << 0 << 3;
+    QTest::newRow("insert") << 1 << 1 << 0 << 0 << 3;
+    QTest::newRow("removeRecord of a table record") << 2 << 0 << 1 << 1 << 1;
+    QTest::newRow("removeRecord of a foreign record still signals") << 3 << 0 << 1 << 1 << 2;
+    QTest::newRow("deleteRecord(-1) does nothing") << 4 << 0 << 0 << 0 << 2;
+    QTest::newRow("deleteRecord(0)") << 5 << 0 << 1 << 1 << 1;
+    QTest::newRow("clear deletes silently") << 6 << 0 << 0 << 0 << 0;
+    QTest::newRow("loaders signal each added record") << 7 << 2 << 0 << 0 << 2;
+    QTest::newRow("appendRefRecords signals each record") << 8 << 2 << 0 << 0 << 4;
+}
+
+void TestRixMemTable::addAndRemoveSignals()
+{
+    QFETCH(int, operation);
+    QFETCH(int, added);
+    QFETCH(int, beforeRemove);
+    QFETCH(int, afterRemove);
+    QFETCH(int, remaining);
+
+    RixMemTable table;
+    addFields(table, QStringLiteral("a"));
+    table.loadFromString(QStringLiteral("x\ny"), QLatin1Char(','), QStringList());
+    RixMemRecord foreign(&table);
+
+    QSignalSpy addSpy(&table, &RixMemTable::onAfterAdd);
+    QSignalSpy beforeSpy(&table, &RixMemTable::onBeforeRemove);
+    QSignalSpy afterSpy(&table, &RixMemTable::onAfterRemove);
+    RixMemRecord *signalled = nullptr;
+    std::unique_ptr<RixMemRecord> detached;
+    switch (operation) {
+    case 0:
+        signalled = table.newRecord();
+        table.appendRecord(signalled);
+        break;
+    case 1:
+        signalled = table.newRecord();
+        QCOMPARE(table.insertRecord(0, signalled), 0);
+        QCOMPARE(table.items(0), signalled);
+        break;
+    case 2:
+        signalled = table.items(1);
+        detached.reset(signalled);
+        table.removeRecord(signalled);
+        break;
+    case 3:
+        signalled = &foreign;
+        table.removeRecord(&foreign);
+        break;
+    case 4:
+        table.deleteRecord(-1);
+        break;
+    case 5:
+        signalled = table.items(0);
+        table.deleteRecord(0);
+        break;
+    case 6:
+        table.clear();
+        break;
+    case 7:
+        table.loadFromString(QStringLiteral("1\n2"), QLatin1Char(','), QStringList());
+        break;
+    case 8:
+        table.appendRefRecords(&table);
+        break;
+    }
+    QCOMPARE(addSpy.count(), added);
+    QCOMPARE(beforeSpy.count(), beforeRemove);
+    QCOMPARE(afterSpy.count(), afterRemove);
+    QCOMPARE(table.recordCount(), remaining);
+    if (signalled) {
+        const QSignalSpy &spy = added ? addSpy : beforeSpy;
+        // Read the pointer without a cast: the record may be deleted by now.
+        QCOMPARE(*static_cast<RixMemRecord *const *>(spy.at(0).at(0).constData()), signalled);
+    }
+    if (detached) {
+        // The detached record still names the table: deleting it signals again, harmlessly.
+        detached.reset();
+        QCOMPARE(beforeSpy.count(), 2);
+        QCOMPARE(table.recordCount(), remaining);
+    }
+}
+
+void TestRixMemTable::deleteRecordDeletes()
+{
+    RixMemTable table;
+    addFields(table, QStringLiteral("a"));
+    table.loadFromString(QStringLiteral("x\ny"), QLatin1Char(','), QStringList());
+    QPointer<RixMemRecord> first = table.items(0);
+    QPointer<RixMemRecord> second = table.items(1);
+    int ownerSeenBefore = -1;
+    connect(
+        &table, &RixMemTable::onBeforeRemove, this, [&](RixMemRecord *r) { ownerSeenBefore = r->index(); });
+    table.deleteRecord(0);
+    QVERIFY(first.isNull());
+    QCOMPARE(ownerSeenBefore, 0);
+    table.deleteRecord(5);
+    QCOMPARE(table.recordCount(), 1);
+    table.clear();
+    QVERIFY(second.isNull());
+}
+
+void TestRixMemTable::sortByField_data()
+{
+    QTest::addColumn<QString>("field");
+    QTest::addColumn<QVariantList>("values");
+    QTest::addColumn<QVariantList>("sorted"); // for records that compare equal: the set of values
+
+    QTest::newRow("int field ascending") << "N" << QVariantList { 3, -1, 2 } << QVariantList { -1, 2, 3 };
+    QTest::newRow("double field: 1.4 and 1.2 compare equal")
+        << "D" << QVariantList { 2.6, 1.4, 1.2 } << QVariantList { QVariant(), QVariant(), 2.6 };
+    QTest::newRow("text field: all equal, a permutation")
+        << "T" << QVariantList { "b", "c", "a" } << QVariantList { QVariant(), QVariant(), QVariant() };
+    QTest::newRow("unknown field: nothing happens")
+        << "Nope" << QVariantList { 2, 1 } << QVariantList { 2, 1 };
+}
+
+void TestRixMemTable::sortByField()
+{
+    QFETCH(QString, field);
+    QFETCH(QVariantList, values);
+    QFETCH(QVariantList, sorted);
+
+    RixMemTable table;
+    table.addField(QStringLiteral("N"), QString(), QVariant::Int);
+    table.addField(QStringLiteral("D"), QString(), QVariant::Double);
+    table.addField(QStringLiteral("T"), QString(), QVariant::String);
+    const QString valueField = field == QLatin1String("Nope") ? QStringLiteral("N") : field;
+    for (const QVariant &value : values) {
+        RixMemRecord *record = table.newRecord();
+        record->setVariant(valueField, value);
+        table.appendRecord(record);
+    }
+    table.sortByField(field);
+    QVariantList actual;
+    for (int i = 0; i < table.recordCount(); ++i)
+        actual << table.items(i)->getVariant(valueField);
+    QCOMPARE(actual.size(), values.size());
+    for (int i = 0; i < sorted.size(); ++i) {
+        if (sorted.at(i).isValid())
+            QCOMPARE(actual.at(i), sorted.at(i));
+        QVERIFY(actual.contains(values.at(i)));
+    }
+}
+
+void TestRixMemTable::referenceTable()
+{
+    RixMemTable base;
+    base.setTableName(QStringLiteral("T"));
+    base.addField(QStringLiteral("A"), QString(), QVariant::String);
+    RixMemTable middle;
+    middle.setTableName(QStringLiteral("own"));
+    middle.addField(QStringLiteral("Dropped"), QString(), QVariant::String);
+    middle.setRefTable(&base);
+    RixMemTable top;
+    top.setRefTable(&middle);
+    QCOMPARE(top.tableName(), QStringLiteral("T"));
+    QCOMPARE(middle.tableName(), QStringLiteral("T"));
+    QCOMPARE(top.fields(), base.fields());
+    QCOMPARE(top.filedIndex(QStringLiteral("Dropped")), -1);
+    // Fields added through a layer go to the bottom table.
+    top.addField(QStringLiteral("B"), QString(), QVariant::Int);
+    QCOMPARE(base.fields()->count(), 2);
+    RixMemRecord *record = top.newRecord();
+    QCOMPARE(record->getValues().size(), 2);
+    top.appendRecord(record);
+    QVERIFY(top.isValid());
+    QVERIFY(!base.isValid());
+
+    top.setRefTable(&middle); // same table: nothing happens
+    QCOMPARE(top.fields(), base.fields());
+    middle.setRefTable(nullptr);
+    QVERIFY(middle.fields()->isEmpty());
+    QCOMPARE(middle.tableName(), QStringLiteral("own"));
+    QCOMPARE(top.fields(), middle.fields());
+    top.setRefTable(nullptr);
+}
+
+void TestRixMemTable::assign_data()
+{
+    QTest::addColumn<bool>("layered");
+    QTest::addColumn<bool>("withRecords");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("plain source with records") << false << true << "0:1|a;1:2|b";
+    QTest::newRow("plain source without records") << false << false << "";
+    QTest::newRow("layered source: same reference table") << true << true << "0:1|A;1:2|b";
+}
+
+void TestRixMemTable::assign()
+{
+    QFETCH(bool, layered);
+    QFETCH(bool, withRecords);
+    QFETCH(QString, expected);
+
+    RixMemTable base;
+    base.setTableName(QStringLiteral("rules"));
+    base.addField(QStringLiteral("ID"), QString(), QVariant::Int);
+    base.addField(QStringLiteral("Name"), QStringLiteral("名称"), QVariant::String);
+    base.loadFromJson(QByteArray(R"([{"ID":1,"Name":"a"},{"ID":2,"Name":"b"}])"));
+    RixMemTable layer;
+    layer.setRefTable(&base);
+    layer.appendRefRecords(&base);
+    layer.items(0)->setVariant(QStringLiteral("Name"), QStringLiteral("A"));
+
+    RixMemTable target;
+    target.setTableName(QStringLiteral("mine"));
+    target.addField(QStringLiteral("Old"), QString(), QVariant::String);
+    target.loadFromString(QStringLiteral("x"), QLatin1Char(','), QStringList());
+    target.assign(layered ? &layer : &base, withRecords);
+    QCOMPARE(dump(target), expected);
+    QCOMPARE(target.tableName(), QStringLiteral("rules"));
+    QCOMPARE(target.refTable(), layered ? &base : nullptr);
+    if (!layered) {
+        QVERIFY(target.fields() != base.fields());
+        QCOMPARE(target.fields()->fieldNames(), base.fields()->fieldNames());
+        QCOMPARE(target.field(1)->displayName(), QStringLiteral("名称"));
+    } else {
+        QCOMPARE(target.items(1)->refRecord(), base.items(1));
+    }
+}
+
+void TestRixMemTable::findAndColumnQueries()
+{
+    RixMemTable table;
+    table.addField(QStringLiteral("ID"), QString(), QVariant::Int);
+    table.addField(QStringLiteral("Name"), QString(), QVariant::String);
+    table.addField(QStringLiteral("Empty"), QString(), QVariant::String);
+    QVERIFY(table.columnDataIsNull(0));
+    QVERIFY(!table.isValid());
+    table.loadFromJson(QByteArray(R"([{"ID":1,"Name":"a"},{"ID":2,"Name":"b"},{"ID":3,"Name":"b"}])"));
+    QCOMPARE(table.findRecordIndex(QStringLiteral("name"), QStringLiteral("b")), 1);
+    QCOMPARE(table.findRecord(QStringLiteral("ID"), QStringLiteral("3")), table.items(2));
+    QCOMPARE(table.findRecordIndex(QStringLiteral("Name"), QStringLiteral("z")), -1);
+    QCOMPARE(table.findRecord(QStringLiteral("Name"), QStringLiteral("z")), nullptr);
+    QVERIFY(table.columnDataIsNull(2));
+    QVERIFY(!table.columnDataIsNull(1));
+    QVERIFY(table.canAccess(2));
+    QVERIFY(!table.canAccess(3));
+    QVERIFY(!table.canAccess(-1));
+    QCOMPARE(table.indexOf(table[1]), 1);
+    QCOMPARE(table.indexOf(nullptr), -1);
+    QVERIFY(table.isValid());
+}
+
+QTEST_GUILESS_MAIN(TestRixMemTable)
+#include "tst_rixmemtable.moc"
