@@ -286,6 +286,24 @@ void RixMemTable::sortByField(QString fieldName)
     });
 }
 
+QVariant RixMemTable::calcExprVal(const QString &expr, RixMemRecordExprVarQuerier *querier, RixMemRecord *record)
+{
+    if (d->calcDepth != 0) {
+        RixMemRecordExprParser nested(d->fields.get());
+        return nested.asVariant(expr, querier, record);
+    }
+    struct Depth
+    {
+        int &depth;
+        ~Depth() { --depth; }
+    } depth{d->calcDepth};
+    d->calcDepth = 1;
+    // The own field set is replaced by setRefTable: a parser over the old one must not survive it.
+    if (!d->exprParser || d->exprParser->fields() != d->fields.get())
+        d->exprParser = std::make_unique<RixMemRecordExprParser>(d->fields.get());
+    return d->exprParser->asVariant(expr, querier, record);
+}
+
 RixMemTableView *RixMemTable::createView(
     const QString &name, std::function<void(RixMemRecord *, bool &)> filter)
 {
