@@ -137,14 +137,13 @@ void TovMemPropertiesExprParser::queryVarValue(RukVarNode &node, void *)
     node.setAsFloat(property->asDouble(m_args));
 }
 
-void TovMemPropertiesExprParser::visitNode(RukNode &, void *)
-{ }
+void TovMemPropertiesExprParser::visitNode(RukNode &, void *) { }
 
 RukData TovMemPropertiesExprParser::evaluate(const QString &expression)
 {
     try {
-        m_parser.setExpression(expression, static_cast<RukQueryVarDataTypeImpl *>(this), RukQueryConstValueEvent(),
-            nullptr, RukNodeMapInfos(), RukQueryFunctionEvent());
+        m_parser.setExpression(expression, static_cast<RukQueryVarDataTypeImpl *>(this),
+            RukQueryConstValueEvent(), nullptr, RukNodeMapInfos(), RukQueryFunctionEvent());
         m_parser.visitNode(RukParser::PreOrder, static_cast<RukVisitNodeImpl *>(this));
         m_parser.setOnQueryVarValue(static_cast<RukQueryVarValueImpl *>(this));
         m_parser.evaluate();

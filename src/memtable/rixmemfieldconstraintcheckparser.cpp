@@ -18,7 +18,8 @@ RixMemFieldConstraintCheckParser::RixMemFieldConstraintCheckParser(RixMemRecord 
     listen();
 }
 
-RixMemFieldConstraintCheckParser::RixMemFieldConstraintCheckParser(const RixMemFieldConstraintCheckParser &other)
+RixMemFieldConstraintCheckParser::RixMemFieldConstraintCheckParser(
+    const RixMemFieldConstraintCheckParser &other)
     : RukVisitNodeImpl()
     , RukQueryVarDataTypeImpl()
     , RukQueryVarValueImpl()
@@ -185,5 +186,4 @@ void RixMemFieldConstraintCheckParser::queryVarValue(RukVarNode &node, void *)
     }
 }
 
-void RixMemFieldConstraintCheckParser::visitNode(RukNode &, void *)
-{ }
+void RixMemFieldConstraintCheckParser::visitNode(RukNode &, void *) { }

@@ -121,7 +121,8 @@ void RixMemRecordExprParser::reportParseFailure(const SefException &failure)
     } catch (const SefException &) {
         // A parser without an expression has no text to show.
     }
-    SefDebugOutput::write(tr("表达式 %1 有误，无法解析").arg(text) + QStringLiteral(", [%1]").arg(failure.message()));
+    SefDebugOutput::write(
+        tr("表达式 %1 有误，无法解析").arg(text) + QStringLiteral(", [%1]").arg(failure.message()));
 }
 
 void RixMemRecordExprParser::setExpression(const QString &expr)
@@ -141,7 +142,7 @@ bool RixMemRecordExprParser::accept(RixMemRecord *const record)
     if (!m_valid)
         return false;
     listen();
-    EvaluationScope scope{m_record, m_querier};
+    EvaluationScope scope { m_record, m_querier };
     m_record = record;
     try {
         m_parser.evaluate();
@@ -156,7 +157,7 @@ QVariant RixMemRecordExprParser::asVariant(
     const QString &expr, RixMemRecordExprVarQuerier *querier, RixMemRecord *record)
 {
     listen();
-    EvaluationScope scope{m_record, m_querier};
+    EvaluationScope scope { m_record, m_querier };
     m_querier = querier;
     m_record = record;
     try {
@@ -213,5 +214,4 @@ void RixMemRecordExprParser::queryVarValue(RukVarNode &node, void *)
         handOver(node, m_record->getVariant(node.varCode()));
 }
 
-void RixMemRecordExprParser::visitNode(RukNode &, void *)
-{ }
+void RixMemRecordExprParser::visitNode(RukNode &, void *) { }

@@ -286,7 +286,8 @@ void RixMemTable::sortByField(QString fieldName)
     });
 }
 
-QVariant RixMemTable::calcExprVal(const QString &expr, RixMemRecordExprVarQuerier *querier, RixMemRecord *record)
+QVariant RixMemTable::calcExprVal(
+    const QString &expr, RixMemRecordExprVarQuerier *querier, RixMemRecord *record)
 {
     if (d->calcDepth != 0) {
         RixMemRecordExprParser nested(d->fields.get());
@@ -296,7 +297,7 @@ QVariant RixMemTable::calcExprVal(const QString &expr, RixMemRecordExprVarQuerie
     {
         int &depth;
         ~Depth() { --depth; }
-    } depth{d->calcDepth};
+    } depth { d->calcDepth };
     d->calcDepth = 1;
     // The own field set is replaced by setRefTable: a parser over the old one must not survive it.
     if (!d->exprParser || d->exprParser->fields() != d->fields.get())
