@@ -22,3 +22,23 @@ inline int rixEngineDataType(QVariant::Type type)
         return RukData::Unknown;
     }
 }
+
+// QVariant::isNull() without the call through the type handler for the types that records hold
+// most; the same answer for every type.
+inline bool rixIsNull(const QVariant &value)
+{
+    const QVariant::Private &d = value.data_ptr();
+    switch (d.type) {
+    case QMetaType::Double:
+    case QMetaType::Int:
+    case QMetaType::Bool:
+    case QMetaType::LongLong:
+        return d.is_null;
+    case QMetaType::QString:
+        return d.is_null || static_cast<const QString *>(value.constData())->isNull();
+    case QMetaType::UnknownType:
+        return true;
+    default:
+        return value.isNull();
+    }
+}

@@ -1,5 +1,6 @@
 #include "rixmemrecord.h"
 
+#include "rixmemexprtypes_p.h"
 #include "rixmemfield.h"
 #include "rixmemfieldconstraintcheckparser.h"
 #include "rixmemfields.h"
@@ -49,7 +50,7 @@ const QVariant &RixMemRecord::effectiveValue(int index) const
         if (index < 0 || index >= record->m_values.size())
             return null;
         const QVariant &value = record->m_values.at(index);
-        if (!value.isNull() || !record->m_refRecord)
+        if (!record->m_refRecord || !rixIsNull(value))
             return value;
         record = record->m_refRecord;
     }

@@ -29,24 +29,34 @@ struct EvaluationScope
 // marks the node invalid, as the engine does with it.
 void handOver(RukVarNode &node, const QVariant &value)
 {
-    if (value.type() == QVariant::Invalid || value.isNull()) {
-        node.setIsInvalid(true);
+    const QVariant::Private &d = value.data_ptr();
+    switch (d.type) {
+    case QMetaType::Double:
+        if (d.is_null)
+            break;
+        node.setAsFloat(d.data.d);
+        return;
+    case QMetaType::Int:
+        if (d.is_null)
+            break;
+        node.setAsInteger(d.data.i);
+        return;
+    case QMetaType::QString: {
+        const QString &text = *static_cast<const QString *>(value.constData());
+        if (d.is_null || text.isNull())
+            break;
+        node.setAsString(text);
         return;
     }
-    switch (value.userType()) {
-    case QMetaType::Double:
-        node.setAsFloat(*static_cast<const double *>(value.constData()));
-        break;
-    case QMetaType::QString:
-        node.setAsString(*static_cast<const QString *>(value.constData()));
-        break;
-    case QMetaType::Int:
-        node.setAsInteger(*static_cast<const int *>(value.constData()));
+    case QMetaType::UnknownType:
         break;
     default:
+        if (value.isNull())
+            break;
         node.setAsVariant(value);
-        break;
+        return;
     }
+    node.setIsInvalid(true);
 }
 
 } // namespace
