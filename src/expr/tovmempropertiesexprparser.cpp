@@ -111,10 +111,17 @@ void TovMemPropertiesExprParser::queryVarDataType(RukVarNode &node, int &dataTyp
     if (node.nodeType() != RukNode::Variable)
         return;
     const QString &code = node.varCode();
-    if (isDynArg(code) || findProp(code))
+    if (isDynArg(code)) {
         dataType = RukData::Float;
-    else
+        return;
+    }
+    TovMemProperty *property = findProp(code);
+    if (!property)
         throwNotFound(code);
+    dataType = RukData::Float;
+    // The value callback finds it again without a lookup by name; the sets do not change while an
+    // expression is evaluated.
+    node.setTag(reinterpret_cast<qintptr>(property));
 }
 
 void TovMemPropertiesExprParser::queryVarValue(RukVarNode &node, void *)
@@ -131,7 +138,7 @@ void TovMemPropertiesExprParser::queryVarValue(RukVarNode &node, void *)
         node.setAsVariant(value);
         return;
     }
-    TovMemProperty *property = findProp(code);
+    TovMemProperty *property = node.tag() ? reinterpret_cast<TovMemProperty *>(node.tag()) : findProp(code);
     if (!property)
         throwNotFound(code);
     node.setAsFloat(property->asDouble(m_args));
