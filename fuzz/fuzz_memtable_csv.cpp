@@ -14,21 +14,24 @@
 
 namespace {
 
-QList<QStringList> expectedRows(QByteArray bytes, int fieldCount)
+// Every byte, NUL included: QString::fromUtf8(QByteArray) would stop at the first NUL.
+QString utf8(const QByteArray &bytes)
+{
+    return QString::fromUtf8(bytes.constData(), bytes.size());
+}
+
+QList<QStringList> expectedRows(const QByteArray &bytes, int fieldCount)
 {
     QList<QStringList> rows;
-    if (bytes.startsWith("\xEF\xBB\xBF"))
-        bytes.remove(0, 3);
     QList<QByteArray> lines = bytes.split('\n');
     if (bytes.endsWith('\n'))
         lines.removeLast();
     if (lines.isEmpty())
         return rows;
-    const int columns = qMin(
-        fieldCount, QString::fromUtf8(lines.takeFirst()).trimmed().split(',', Qt::SkipEmptyParts).size());
+    const int columns
+        = qMin(fieldCount, utf8(lines.takeFirst()).trimmed().split(',', Qt::SkipEmptyParts).size());
     for (const QByteArray &line : qAsConst(lines)) {
-        const QStringList cells
-            = QString::fromUtf8(line).trimmed().split(',', Qt::SkipEmptyParts).mid(0, columns);
+        const QStringList cells = utf8(line).trimmed().split(',', Qt::SkipEmptyParts).mid(0, columns);
         if (!cells.isEmpty())
             rows << cells;
     }

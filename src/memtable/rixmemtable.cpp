@@ -18,7 +18,7 @@
 
 namespace {
 
-const QString idFieldName()
+QString idFieldName()
 {
     return QStringLiteral("ID");
 }
@@ -27,6 +27,21 @@ const QString idFieldName()
 inline bool isAsciiSpace(char c)
 {
     return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+// A cell inside a line, decoded as the line's decoding would: a byte-order mark is a character
+// there, whereas QString::fromUtf8 drops one at the start of what it decodes.
+QString decodeCell(const char *begin, const char *end)
+{
+    static const char bom[] = "\xEF\xBB\xBF";
+    if (end - begin < 3 || std::memcmp(begin, bom, 3) != 0)
+        return QString::fromUtf8(begin, int(end - begin));
+    QString text;
+    while (end - begin >= 3 && std::memcmp(begin, bom, 3) == 0) {
+        text += QChar(0xFEFF);
+        begin += 3;
+    }
+    return text + QString::fromUtf8(begin, int(end - begin));
 }
 
 // json.toVariant(), converted to type when it converts. Texts, booleans and numbers that
@@ -384,14 +399,14 @@ void RixMemTable::loadFromCSVFile(const QString &fileName, bool hasHeader)
         return;
     const char *p = data.constData();
     const char *const end = p + data.size();
-    if (data.startsWith("\xEF\xBB\xBF"))
-        p += 3;
 
     auto lineEnd = [end](const char *from) {
         const void *nl = std::memchr(from, '\n', size_t(end - from));
         return nl ? static_cast<const char *>(nl) : end;
     };
 
+    // Each line is decoded on its own, so a byte-order mark at the start of a line (the file's
+    // included) is dropped by the decoder, as QString::fromUtf8 does.
     const char *eol = lineEnd(p);
     const QString header = QString::fromUtf8(p, int(eol - p)).trimmed();
     const QVector<QStringRef> names = header.splitRef(QLatin1Char(','), Qt::SkipEmptyParts);
@@ -414,14 +429,17 @@ void RixMemTable::loadFromCSVFile(const QString &fileName, bool hasHeader)
         eol = lineEnd(p);
         const char *b = p;
         const char *e = eol;
+        const char *const lineBegin = p;
         p = eol == end ? end : eol + 1;
         while (b < e && isAsciiSpace(*b))
             ++b;
         while (e > b && isAsciiSpace(e[-1]))
             --e;
         if ((b < e && (uchar(*b) >= 0x80 || uchar(e[-1]) >= 0x80))) {
-            // The line may begin or end with white space outside ASCII: trim it as text.
-            loadCells(QString::fromUtf8(b, int(e - b)).trimmed(), QLatin1Char(','), columns);
+            // The line may begin or end with white space outside ASCII (or a byte-order mark):
+            // decode and trim it as text.
+            loadCells(
+                QString::fromUtf8(lineBegin, int(eol - lineBegin)).trimmed(), QLatin1Char(','), columns);
             continue;
         }
         // Cells are decoded straight from the bytes: ',' never occurs inside a UTF-8 sequence.
@@ -431,7 +449,7 @@ void RixMemTable::loadFromCSVFile(const QString &fileName, bool hasHeader)
             const void *comma = std::memchr(b, ',', size_t(e - b));
             const char *cellEnd = comma ? static_cast<const char *>(comma) : e;
             if (cellEnd > b)
-                record->setVariant(columns.at(column++), QVariant(QString::fromUtf8(b, int(cellEnd - b))));
+                record->setVariant(columns.at(column++), QVariant(decodeCell(b, cellEnd)));
             b = cellEnd + 1;
         }
         if (column > 0)

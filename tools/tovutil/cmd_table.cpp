@@ -83,8 +83,9 @@ bool loadCsv(const QString &path, const QByteArray &bytes, RixMemTable &table, Q
     QByteArray firstLine = bytes.left(bytes.indexOf('\n') < 0 ? bytes.size() : bytes.indexOf('\n'));
     if (firstLine.startsWith("\xEF\xBB\xBF"))
         firstLine.remove(0, 3);
-    const QStringList names
-        = QString::fromUtf8(firstLine).trimmed().split(QLatin1Char(','), Qt::SkipEmptyParts);
+    const QStringList names = QString::fromUtf8(firstLine.constData(), firstLine.size())
+                                  .trimmed()
+                                  .split(QLatin1Char(','), Qt::SkipEmptyParts);
     if (names.isEmpty()) {
         error = QStringLiteral("%1: no field names in the header line").arg(path);
         return false;
