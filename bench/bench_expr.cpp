@@ -4,8 +4,8 @@
 #include <rukengine.h>
 
 #include <benchmark/benchmark.h>
-#include <muParser.h>
 #include <mpParser.h>
+#include <muParser.h>
 
 #include <QHash>
 
@@ -16,7 +16,12 @@
 
 namespace {
 
-enum Uses { UsesAB = 1, UsesV = 2, UsesS = 4 };
+enum Uses
+{
+    UsesAB = 1,
+    UsesV = 2,
+    UsesS = 4
+};
 
 struct Case
 {
@@ -33,7 +38,7 @@ double a = 0, b = 0;
 double v[10];
 QString s;
 std::string sx;
-const QString strings[2] = {QStringLiteral("abc"), QStringLiteral("abd")};
+const QString strings[2] = { QStringLiteral("abc"), QStringLiteral("abd") };
 
 // Changes the variables that the expression reads.
 inline void update(unsigned k, int uses)
@@ -55,39 +60,42 @@ inline void update(unsigned k, int uses)
 // The floor reads each variable through one std::function, as a callback-driven engine must.
 std::function<double()> fa = [] { return a; };
 std::function<double()> fb = [] { return b; };
-std::function<double()> fv[10] = {[] { return v[0]; }, [] { return v[1]; }, [] { return v[2]; }, [] { return v[3]; },
-                                  [] { return v[4]; }, [] { return v[5]; }, [] { return v[6]; }, [] { return v[7]; },
-                                  [] { return v[8]; }, [] { return v[9]; }};
+std::function<double()> fv[10] = { [] { return v[0]; }, [] { return v[1]; }, [] { return v[2]; },
+    [] { return v[3]; }, [] { return v[4]; }, [] { return v[5]; }, [] { return v[6]; }, [] { return v[7]; },
+    [] { return v[8]; }, [] { return v[9]; } };
 std::function<const QString &()> fs = []() -> const QString & { return s; };
 
 std::vector<Case> &cases()
 {
     static std::vector<Case> all = {
-        {"E1", UsesAB, "a+b*2", "a+b*2", "a+b*2", [] { return fa() + fb() * 2; }},
-        {"E2", UsesAB, "(a+b)*(a-b)/2.5", "(a+b)*(a-b)/2.5", "(a+b)*(a-b)/2.5",
-         [] {
-             const double x = fa(), y = fb(), x2 = fa(), y2 = fb();
-             return (x + y) * (x2 - y2) / 2.5;
-         }},
-        {"E3", UsesAB, "a>3 and b<=10", "a>3 && b<=10", "a>3 && b<=10", [] { return double(fa() > 3 && fb() <= 10); }},
-        {"E4", UsesAB, "sqrt(a*a+b*b)", "sqrt(a*a+b*b)", "sqrt(a*a+b*b)",
-         [] {
-             const double x = fa(), x2 = fa(), y = fb(), y2 = fb();
-             return std::sqrt(x * x2 + y * y2);
-         }},
-        {"E5", UsesV, "v0+v1+v2+v3+v4+v5+v6+v7+v8+v9", "v0+v1+v2+v3+v4+v5+v6+v7+v8+v9", "v0+v1+v2+v3+v4+v5+v6+v7+v8+v9",
-         [] {
-             double sum = 0;
-             for (auto &f : fv)
-                 sum += f();
-             return sum;
-         }},
-        {"E6", UsesAB, "if(a>b,a,b)", "a>b ? a : b", "a>b ? a : b",
-         [] {
-             const double x = fa(), y = fb();
-             return x > y ? fa() : fb();
-         }},
-        {"E7", UsesS, "s = \"abc\"", "", "s == \"abc\"", [] { return double(fs() == QLatin1String("abc")); }},
+        { "E1", UsesAB, "a+b*2", "a+b*2", "a+b*2", [] { return fa() + fb() * 2; } },
+        { "E2", UsesAB, "(a+b)*(a-b)/2.5", "(a+b)*(a-b)/2.5", "(a+b)*(a-b)/2.5",
+            [] {
+                const double x = fa(), y = fb(), x2 = fa(), y2 = fb();
+                return (x + y) * (x2 - y2) / 2.5;
+            } },
+        { "E3", UsesAB, "a>3 and b<=10", "a>3 && b<=10", "a>3 && b<=10",
+            [] { return double(fa() > 3 && fb() <= 10); } },
+        { "E4", UsesAB, "sqrt(a*a+b*b)", "sqrt(a*a+b*b)", "sqrt(a*a+b*b)",
+            [] {
+                const double x = fa(), x2 = fa(), y = fb(), y2 = fb();
+                return std::sqrt(x * x2 + y * y2);
+            } },
+        { "E5", UsesV, "v0+v1+v2+v3+v4+v5+v6+v7+v8+v9", "v0+v1+v2+v3+v4+v5+v6+v7+v8+v9",
+            "v0+v1+v2+v3+v4+v5+v6+v7+v8+v9",
+            [] {
+                double sum = 0;
+                for (auto &f : fv)
+                    sum += f();
+                return sum;
+            } },
+        { "E6", UsesAB, "if(a>b,a,b)", "a>b ? a : b", "a>b ? a : b",
+            [] {
+                const double x = fa(), y = fb();
+                return x > y ? fa() : fb();
+            } },
+        { "E7", UsesS, "s = \"abc\"", "", "s == \"abc\"",
+            [] { return double(fs() == QLatin1String("abc")); } },
     };
     return all;
 }
@@ -159,7 +167,7 @@ void defineMu(mu::Parser &parser)
 
 struct MuxVars
 {
-    mup::Value a{0.0}, b{0.0}, s{"abc"};
+    mup::Value a { 0.0 }, b { 0.0 }, s { "abc" };
     mup::Value v[10];
     void load(int uses)
     {
@@ -199,7 +207,8 @@ bool agrees(const Case &c, Eval eval, std::string &why)
         const double expected = c.floor();
         const double actual = eval();
         if (std::fabs(actual - expected) > 1e-12 * std::max(1.0, std::fabs(expected))) {
-            why = std::string(c.name) + ": " + std::to_string(actual) + " != floor " + std::to_string(expected);
+            why = std::string(c.name) + ": " + std::to_string(actual) + " != floor "
+                + std::to_string(expected);
             return false;
         }
     }
@@ -210,7 +219,8 @@ void benchTov(benchmark::State &state, const Case *c)
 {
     RukParser parser = tovParser(*c);
     std::string why;
-    if (!agrees(*c, [&] { return tovValue(parser); }, why)) {
+    if (!agrees(
+            *c, [&] { return tovValue(parser); }, why)) {
         state.SkipWithError(why.c_str());
         return;
     }
@@ -228,7 +238,8 @@ void benchMu(benchmark::State &state, const Case *c)
     defineMu(parser);
     parser.SetExpr(c->muparser);
     std::string why;
-    if (!agrees(*c, [&] { return parser.Eval(); }, why)) {
+    if (!agrees(
+            *c, [&] { return parser.Eval(); }, why)) {
         state.SkipWithError(why.c_str());
         return;
     }

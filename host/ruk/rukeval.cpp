@@ -1,6 +1,9 @@
 // The evaluator of the expression engine: runs the compiled program on a stack of RukData.
 #include "rukparser_p.h"
 
+#include <rukparser.h>
+#include <sefexception.h>
+
 #include <sefcommon.h>
 
 #include <QLocale>
@@ -296,7 +299,7 @@ void RukParserPrivate::convertVar(const RukInstr &in, RukData &dst)
 }
 
 inline void RukParserPrivate::loadVar(const RukInstr &in, RukData &dst, IRukQueryVarDataTypeEvent *typeEvent,
-                                      void *context, const RukNodeMapInfos *nodeMap)
+    void *context, const RukNodeMapInfos *nodeMap)
 {
     RukVarState &var = m_vars[size_t(in.a)];
     var.value.m_type = RukData::Unknown;
@@ -340,10 +343,28 @@ inline double RukParserPrivate::loadFloat(int index, void *context)
 
 double RukParserPrivate::loadFloatSlow(int index)
 {
-    const RukInstr in = {RukLoadVar, index, 0, m_varNodes[size_t(index)], 0.0};
+    const RukInstr in = { RukLoadVar, index, 0, m_varNodes[size_t(index)], 0.0 };
     RukData value = m_vars[size_t(index)].value;
     varSlow(in, value);
     return value.m_v.f;
+}
+
+// The typed program's load of a variable announced as text, left in the variable's own slot.
+const RukData &RukParserPrivate::loadInPlace(int index, int node, void *context)
+{
+    RukVarState &var = m_vars[size_t(index)];
+    var.value.m_type = RukData::Unknown;
+    if (m_valueImpl)
+        m_valueImpl->queryVarValue(m_varHandles[size_t(index)], context);
+    else if (m_valueEvent)
+        m_valueEvent->onQueryVarValue(m_varHandles[size_t(index)], context);
+    if (Q_LIKELY(var.value.m_type == var.dataType && !var.invalid))
+        return var.value;
+    const RukInstr in = { RukLoadVar, index, 0, node, 0.0 };
+    RukData value = var.value;
+    varSlow(in, value);
+    var.value = value;
+    return var.value;
 }
 
 void RukParserPrivate::resetVarFlags()
@@ -365,9 +386,13 @@ void RukParserPrivate::varSlow(const RukInstr &in, RukData &dst)
 
 void RukParserPrivate::mathF(const RukInstr &in, RukData &x) const
 {
-    const double f = x.m_v.f;
+    setReal(in, x, mathValue(in.a, x.m_v.f));
+}
+
+double RukParserPrivate::mathValue(int function, double f)
+{
     double r;
-    switch (in.a) {
+    switch (function) {
     case RukFnAbs:
         r = std::fabs(f);
         break;
@@ -420,7 +445,9 @@ void RukParserPrivate::mathF(const RukInstr &in, RukData &x) const
         r = roundHalfAway(f, 0);
         break;
     }
-    setReal(in, x, r);
+    if (!std::isfinite(r))
+        throwError(tr("计算结果溢出"));
+    return r;
 }
 
 void RukParserPrivate::unary(const RukInstr &in, RukData &x)
@@ -777,7 +804,8 @@ void RukParserPrivate::call(const RukInstr &in, RukData *args)
     }
 }
 
-void RukParserPrivate::evaluate(IRukQueryVarDataTypeEvent *typeEvent, void *context, const RukNodeMapInfos *nodeMap)
+inline void RukParserPrivate::evaluate(
+    IRukQueryVarDataTypeEvent *typeEvent, void *context, const RukNodeMapInfos *nodeMap)
 {
     if (!m_ready) {
         m_result.clear();
@@ -797,6 +825,10 @@ void RukParserPrivate::evaluate(IRukQueryVarDataTypeEvent *typeEvent, void *cont
                 compile(m_program, true);
                 m_programReady = true;
             }
+            if (m_numericResult != RukData::Unknown) {
+                runNumeric(context);
+                return;
+            }
             run(m_program, nullptr, context, nodeMap);
         }
     } catch (...) {
@@ -808,8 +840,23 @@ void RukParserPrivate::evaluate(IRukQueryVarDataTypeEvent *typeEvent, void *cont
     m_result.m_valid = true;
 }
 
-void RukParserPrivate::run(const std::vector<RukInstr> &program, IRukQueryVarDataTypeEvent *typeEvent, void *context,
-                           const RukNodeMapInfos *nodeMap)
+void RukParser::evaluate(const RukQueryVarDataTypeEvent &typeEvent, void *context)
+{
+    if (Q_UNLIKELY(!d))
+        throw SefException(QCoreApplication::translate("RukEngine", "解析器没有创建"));
+    d->evaluate(typeEvent.callback(), context, nullptr);
+}
+
+void RukParser::evaluate(
+    const RukQueryVarDataTypeEvent &typeEvent, void *context, const RukNodeMapInfos &nodeMap)
+{
+    if (Q_UNLIKELY(!d))
+        throw SefException(QCoreApplication::translate("RukEngine", "解析器没有创建"));
+    d->evaluate(typeEvent.callback(), context, &nodeMap);
+}
+
+void RukParserPrivate::run(const std::vector<RukInstr> &program, IRukQueryVarDataTypeEvent *typeEvent,
+    void *context, const RukNodeMapInfos *nodeMap)
 {
     RukData *st = m_stack.data();
     int sp = 0;
@@ -826,36 +873,36 @@ void RukParserPrivate::run(const std::vector<RukInstr> &program, IRukQueryVarDat
             loadVar(in, st[sp], typeEvent, context, nodeMap);
             ++sp;
             break;
-#define RUK_FLOAT_CASES(CODE, APPLY)                                                               \
-    case CODE: {                                                                                   \
-        --sp;                                                                                      \
-        RukData &x = st[sp - 1];                                                                   \
-        const double y = st[sp].m_v.f;                                                             \
-        APPLY;                                                                                     \
-        break;                                                                                     \
-    }                                                                                              \
-    case CODE##I: {                                                                                \
-        RukData &x = st[sp - 1];                                                                   \
-        const double y = in.imm;                                                                   \
-        APPLY;                                                                                     \
-        break;                                                                                     \
-    }                                                                                              \
-    case CODE##V: {                                                                                \
-        const double y = loadFloat(in.a, context);                                                 \
-        RukData &x = st[sp - 1];                                                                   \
-        APPLY;                                                                                     \
-        break;                                                                                     \
+#define RUK_FLOAT_CASES(CODE, APPLY)                                                                         \
+    case CODE: {                                                                                             \
+        --sp;                                                                                                \
+        RukData &x = st[sp - 1];                                                                             \
+        const double y = st[sp].m_v.f;                                                                       \
+        APPLY;                                                                                               \
+        break;                                                                                               \
+    }                                                                                                        \
+    case CODE##I: {                                                                                          \
+        RukData &x = st[sp - 1];                                                                             \
+        const double y = in.imm;                                                                             \
+        APPLY;                                                                                               \
+        break;                                                                                               \
+    }                                                                                                        \
+    case CODE##V: {                                                                                          \
+        const double y = loadFloat(in.a, context);                                                           \
+        RukData &x = st[sp - 1];                                                                             \
+        APPLY;                                                                                               \
+        break;                                                                                               \
     }
-#define RUK_ARITH(OP)                                                                              \
-    x.m_v.f OP y;                                                                                  \
-    if (Q_UNLIKELY(!std::isfinite(x.m_v.f)))                                                       \
+#define RUK_ARITH(OP)                                                                                        \
+    x.m_v.f OP y;                                                                                            \
+    if (Q_UNLIKELY(!std::isfinite(x.m_v.f)))                                                                 \
     throwError(tr("计算结果溢出"))
-#define RUK_DIVIDE                                                                                 \
-    if (Q_UNLIKELY(y == 0.0))                                                                      \
-        throwError(tr("除数为零"));                                                                \
+#define RUK_DIVIDE                                                                                           \
+    if (Q_UNLIKELY(y == 0.0))                                                                                \
+        throwError(tr("除数为零"));                                                                          \
     RUK_ARITH(/=)
-#define RUK_COMPARE(RESULT)                                                                        \
-    const int c = compareReal(x.m_v.f, y);                                                         \
+#define RUK_COMPARE(RESULT)                                                                                  \
+    const int c = compareReal(x.m_v.f, y);                                                                   \
     RUK_SET_BOOL(x, RESULT)
 
             RUK_FLOAT_CASES(RukAddF, RUK_ARITH(+=))
@@ -881,6 +928,15 @@ void RukParserPrivate::run(const std::vector<RukInstr> &program, IRukQueryVarDat
         case RukMathF:
             mathF(in, st[sp - 1]);
             break;
+        case RukEqSV:
+        case RukNeSV: {
+            // The variable is compared where the callback left it: no copy of the text.
+            const RukData &value = loadInPlace(in.a, in.node, context);
+            const bool equal = value.m_s == m_consts[size_t(in.b)].m_s;
+            RUK_SET_BOOL(st[sp], in.code == RukEqSV ? equal : !equal);
+            ++sp;
+            break;
+        }
         case RukEqS:
         case RukNeS: {
             RukData &x = in.b >= 0 ? st[sp - 1] : st[sp - 2];
@@ -990,4 +1046,119 @@ void RukParserPrivate::run(const std::vector<RukInstr> &program, IRukQueryVarDat
             break;
         }
     }
+}
+
+// The typed program when it holds only floating-point and boolean values (booleans as 1 and 0),
+// with one indirect jump per instruction (labels as values, as GCC and Clang offer).
+void RukParserPrivate::runNumeric(void *context)
+{
+    static const void *const labels[] = { &&l_RukPushConst, &&l_RukHalt, &&l_RukHalt, &&l_RukHalt,
+        &&l_RukHalt, &&l_RukHalt, &&l_RukHalt, &&l_RukHalt, &&l_RukHalt, &&l_RukHalt, &&l_RukHalt,
+        &&l_RukHalt, &&l_RukHalt, &&l_RukHalt, &&l_RukHalt, &&l_RukHalt, &&l_RukHalt, &&l_RukHalt,
+        &&l_RukHalt, &&l_RukHalt, &&l_RukAndJump, &&l_RukOrJump, &&l_RukToBool, &&l_RukJumpIfFalse,
+        &&l_RukJump, &&l_RukHalt, &&l_RukAddF, &&l_RukAddFI, &&l_RukAddFV, &&l_RukSubF, &&l_RukSubFI,
+        &&l_RukSubFV, &&l_RukMulF, &&l_RukMulFI, &&l_RukMulFV, &&l_RukDivF, &&l_RukDivFI, &&l_RukDivFV,
+        &&l_RukEqF, &&l_RukEqFI, &&l_RukEqFV, &&l_RukNeF, &&l_RukNeFI, &&l_RukNeFV, &&l_RukLtF, &&l_RukLtFI,
+        &&l_RukLtFV, &&l_RukLeF, &&l_RukLeFI, &&l_RukLeFV, &&l_RukGtF, &&l_RukGtFI, &&l_RukGtFV, &&l_RukGeF,
+        &&l_RukGeFI, &&l_RukGeFV, &&l_RukLoadVarF, &&l_RukNegF, &&l_RukMathF, &&l_RukHalt, &&l_RukHalt,
+        &&l_RukHalt, &&l_RukHalt, &&l_RukHalt };
+    static_assert(sizeof(labels) / sizeof(labels[0]) == RukCodeCount, "one label per operation code");
+    double *st = m_numberStack.data();
+    int sp = 0;
+    const RukInstr *code = m_program.data();
+    const RukInstr *in = code;
+#define RUK_NEXT                                                                                             \
+    ++in;                                                                                                    \
+    goto *labels[in->code]
+#define RUK_NUMBER_CASES(CODE, APPLY)                                                                        \
+    l_##CODE:                                                                                                \
+    {                                                                                                        \
+        --sp;                                                                                                \
+        double &x = st[sp - 1];                                                                              \
+        const double y = st[sp];                                                                             \
+        APPLY;                                                                                               \
+        RUK_NEXT;                                                                                            \
+    }                                                                                                        \
+    l_##CODE##I:                                                                                             \
+    {                                                                                                        \
+        double &x = st[sp - 1];                                                                              \
+        const double y = in->imm;                                                                            \
+        APPLY;                                                                                               \
+        RUK_NEXT;                                                                                            \
+    }                                                                                                        \
+    l_##CODE##V:                                                                                             \
+    {                                                                                                        \
+        const double y = loadFloat(in->a, context);                                                          \
+        double &x = st[sp - 1];                                                                              \
+        APPLY;                                                                                               \
+        RUK_NEXT;                                                                                            \
+    }
+#define RUK_NUMBER_ARITH(OP)                                                                                 \
+    x OP y;                                                                                                  \
+    if (Q_UNLIKELY(!std::isfinite(x)))                                                                       \
+    throwError(tr("计算结果溢出"))
+#define RUK_NUMBER_DIVIDE                                                                                    \
+    if (Q_UNLIKELY(y == 0.0))                                                                                \
+        throwError(tr("除数为零"));                                                                          \
+    RUK_NUMBER_ARITH(/=)
+#define RUK_NUMBER_COMPARE(RESULT)                                                                           \
+    const int c = compareReal(x, y);                                                                         \
+    x = (RESULT) ? 1.0 : 0.0
+
+    goto *labels[in->code];
+    RUK_NUMBER_CASES(RukAddF, RUK_NUMBER_ARITH(+=))
+    RUK_NUMBER_CASES(RukSubF, RUK_NUMBER_ARITH(-=))
+    RUK_NUMBER_CASES(RukMulF, RUK_NUMBER_ARITH(*=))
+    RUK_NUMBER_CASES(RukDivF, RUK_NUMBER_DIVIDE)
+    RUK_NUMBER_CASES(RukEqF, RUK_NUMBER_COMPARE(c == 0))
+    RUK_NUMBER_CASES(RukNeF, RUK_NUMBER_COMPARE(c != 0))
+    RUK_NUMBER_CASES(RukLtF, RUK_NUMBER_COMPARE(c < 0))
+    RUK_NUMBER_CASES(RukLeF, RUK_NUMBER_COMPARE(c <= 0))
+    RUK_NUMBER_CASES(RukGtF, RUK_NUMBER_COMPARE(c > 0))
+    RUK_NUMBER_CASES(RukGeF, RUK_NUMBER_COMPARE(c >= 0))
+l_RukLoadVarF:
+    st[sp] = loadFloat(in->a, context);
+    ++sp;
+    RUK_NEXT;
+l_RukPushConst:
+    st[sp] = m_consts[size_t(in->a)].m_v.f;
+    ++sp;
+    RUK_NEXT;
+l_RukNegF:
+    st[sp - 1] = -st[sp - 1];
+    RUK_NEXT;
+l_RukMathF:
+    st[sp - 1] = mathValue(in->a, st[sp - 1]);
+    RUK_NEXT;
+l_RukAndJump:
+    if (st[sp - 1] == 0.0) {
+        in = code + in->a;
+        goto *labels[in->code];
+    }
+    --sp;
+    RUK_NEXT;
+l_RukOrJump:
+    if (st[sp - 1] != 0.0) {
+        in = code + in->a;
+        goto *labels[in->code];
+    }
+    --sp;
+    RUK_NEXT;
+l_RukJumpIfFalse:
+    --sp;
+    if (st[sp] == 0.0) {
+        in = code + in->a;
+        goto *labels[in->code];
+    }
+    RUK_NEXT;
+l_RukJump:
+    in = code + in->a;
+    goto *labels[in->code];
+l_RukToBool: // already a boolean
+    RUK_NEXT;
+l_RukHalt:
+    if (m_numericResult == RukData::Boolean)
+        m_result.setBoolean(st[0] != 0.0);
+    else
+        m_result.setFloat(st[0]);
 }

@@ -788,13 +788,14 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
         int varInstr; // the RukLoadVarF that made it, or -1
     };
     program.clear();
+    bool numeric = typed;
     std::vector<Frame> frames;
     std::vector<Static> types;
-    frames.push_back({m_root, 0, -1, 0});
+    frames.push_back({ m_root, 0, -1, 0 });
     int depth = 0;
     int maxDepth = 1;
     auto put = [&program](int code, int a, int b, int node) {
-        program.push_back({code, a, b, node, 0.0});
+        program.push_back({ code, a, b, node, 0.0 });
         return int(program.size()) - 1;
     };
     auto pop = [&types]() {
@@ -802,7 +803,7 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
         types.pop_back();
         return top;
     };
-    auto push = [&types](int type, int constInstr = -1) { types.push_back({type, constInstr, -1}); };
+    auto push = [&types](int type, int constInstr = -1) { types.push_back({ type, constInstr, -1 }); };
     auto isIntConst = [](const Static &v) {
         return v.constInstr >= 0 && (v.type == RukData::Integer || v.type == RukData::Int64);
     };
@@ -823,11 +824,13 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
                 if (node.type == RukNode::BinaryOperator && (node.op == RukAnd || node.op == RukOr)) {
                     f.patch = put(node.op == RukAnd ? RukAndJump : RukOrJump, -1, 0, nodeId);
                     --depth;
-                    pop();
+                    if (pop().type != RukData::Boolean)
+                        numeric = false;
                 } else if (node.type == RukNode::Function && node.op == RukFnIf) {
                     if (f.next == 1) {
                         f.patch = put(RukJumpIfFalse, -1, 0, nodeId);
-                        pop();
+                        if (pop().type != RukData::Boolean)
+                            numeric = false;
                     } else {
                         const int jump = put(RukJump, -1, 0, nodeId);
                         program[size_t(f.patch)].a = int(program.size());
@@ -839,7 +842,7 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
             }
             const int kid = m_kids[size_t(node.firstKid + f.next)];
             ++f.next;
-            frames.push_back({kid, 0, -1, 0});
+            frames.push_back({ kid, 0, -1, 0 });
             continue;
         }
         const Frame done = f;
@@ -847,9 +850,11 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
         switch (node.type) {
         case RukNode::Variable: {
             const int t = m_vars[size_t(node.slot)].dataType;
-            const bool known = typed && (t == RukData::Float || t == RukData::String || t == RukData::Boolean);
-            const int instr = put(typed && t == RukData::Float ? RukLoadVarF : RukLoadVar, node.slot, 0, nodeId);
-            types.push_back({known ? t : 0, -1, t == RukData::Float ? instr : -1});
+            const bool known
+                = typed && (t == RukData::Float || t == RukData::String || t == RukData::Boolean);
+            const int instr
+                = put(typed && t == RukData::Float ? RukLoadVarF : RukLoadVar, node.slot, 0, nodeId);
+            types.push_back({ known ? t : 0, -1, known ? instr : -1 });
             ++depth;
             break;
         }
@@ -872,7 +877,8 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
             if (node.op == RukAnd || node.op == RukOr) {
                 put(RukToBool, 0, 0, nodeId);
                 program[size_t(done.patch)].a = int(program.size());
-                pop();
+                if (pop().type != RukData::Boolean)
+                    numeric = false;
                 push(RukData::Boolean);
                 break;
             }
@@ -880,7 +886,8 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
             Static y = pop();
             Static x = pop();
             const bool comparison = node.op >= RukEq && node.op <= RukGe;
-            const bool arithmetic = node.op == RukAdd || node.op == RukSub || node.op == RukMul || node.op == RukDiv;
+            const bool arithmetic
+                = node.op == RukAdd || node.op == RukSub || node.op == RukMul || node.op == RukDiv;
             if (typed && (comparison || arithmetic)) {
                 if (x.type == RukData::Float && isIntConst(y))
                     floatConst(y);
@@ -888,12 +895,13 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
                     floatConst(x);
             }
             if (typed && (comparison || arithmetic) && x.type == RukData::Float && y.type == RukData::Float) {
-                const int base = comparison          ? RukEqF + 3 * (node.op - RukEq)
-                                 : node.op == RukAdd ? RukAddF
-                                 : node.op == RukSub ? RukSubF
-                                 : node.op == RukMul ? RukMulF
-                                                     : RukDivF;
-                const bool rightIsLast = int(program.size()) - 1 == (y.constInstr >= 0 ? y.constInstr : y.varInstr);
+                const int base = comparison ? RukEqF + 3 * (node.op - RukEq)
+                    : node.op == RukAdd     ? RukAddF
+                    : node.op == RukSub     ? RukSubF
+                    : node.op == RukMul     ? RukMulF
+                                            : RukDivF;
+                const bool rightIsLast
+                    = int(program.size()) - 1 == (y.constInstr >= 0 ? y.constInstr : y.varInstr);
                 if (rightIsLast && y.constInstr >= 0) {
                     // The right operand is the constant just pushed: take it as the immediate.
                     const double imm = m_consts[size_t(program.back().a)].m_v.f;
@@ -911,9 +919,17 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
                 }
                 push(comparison ? RukData::Boolean : RukData::Float);
             } else if (typed && (node.op == RukEq || node.op == RukNe) && x.type == RukData::String
-                       && y.type == RukData::String) {
+                && y.type == RukData::String) {
                 const int code = node.op == RukEq ? RukEqS : RukNeS;
-                if (y.constInstr >= 0 && y.constInstr == int(program.size()) - 1) {
+                const int last = int(program.size()) - 1;
+                if (y.constInstr >= 0 && y.constInstr == last && x.varInstr >= 0 && x.varInstr == last - 1) {
+                    // A text variable against a constant: compared in place.
+                    const int slot = program.back().a;
+                    program.pop_back();
+                    const RukInstr load = program.back();
+                    program.pop_back();
+                    put(node.op == RukEq ? RukEqSV : RukNeSV, load.a, slot, load.node);
+                } else if (y.constInstr >= 0 && y.constInstr == last) {
                     const int slot = program.back().a;
                     program.pop_back();
                     put(code, 0, slot, nodeId);
@@ -979,4 +995,21 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
     }
     if (m_stack.size() < size_t(maxDepth))
         m_stack.resize(size_t(maxDepth));
+    if (!typed)
+        return;
+    put(RukHalt, 0, 0, m_root);
+    // A program of floating-point and boolean values only runs on a stack of plain doubles.
+    const int resultType = types.back().type;
+    numeric = numeric && (resultType == RukData::Float || resultType == RukData::Boolean);
+    for (size_t i = 0; numeric && i < program.size(); ++i) {
+        const int code = program[i].code;
+        if (code == RukPushConst)
+            numeric = m_consts[size_t(program[i].a)].m_type == RukData::Float;
+        else
+            numeric = (code >= RukAddF && code <= RukMathF) || code == RukAndJump || code == RukOrJump
+                || code == RukToBool || code == RukJumpIfFalse || code == RukJump || code == RukHalt;
+    }
+    m_numericResult = numeric ? resultType : RukData::Unknown;
+    if (numeric && m_numberStack.size() < size_t(maxDepth))
+        m_numberStack.resize(size_t(maxDepth));
 }

@@ -15,50 +15,46 @@ RukParser::RukParser(std::shared_ptr<RukParserPrivate> data)
     : d(std::move(data))
 { }
 
-RukParserPrivate &RukParser::checked() const
+namespace {
+
+// Every operation on a null handle throws.
+inline RukParserPrivate &checked(const std::shared_ptr<RukParserPrivate> &d)
 {
-    if (!d)
+    if (Q_UNLIKELY(!d))
         throw SefException(QCoreApplication::translate("RukEngine", "解析器没有创建"));
     return *d;
 }
+
+} // namespace
 
 void RukParser::setExpression(const QString &text, const RukQueryVarDataTypeEvent &typeEvent,
     const RukQueryConstValueEvent &constEvent, void *context, const RukNodeMapInfos &nodeMap,
     const RukQueryFunctionEvent &functionEvent)
 {
-    checked().setExpression(
+    checked(d).setExpression(
         text, typeEvent.callback(), constEvent.callback(), context, nodeMap, functionEvent.callback());
 }
 
 void RukParser::setOnQueryVarValue(const RukQueryVarValueEvent &valueEvent)
 {
-    checked().setValueEvent(valueEvent.callback());
+    checked(d).setValueEvent(valueEvent.callback());
 }
 
-void RukParser::evaluate(const RukQueryVarDataTypeEvent &typeEvent, void *context)
-{
-    checked().evaluate(typeEvent.callback(), context, nullptr);
-}
-
-void RukParser::evaluate(
-    const RukQueryVarDataTypeEvent &typeEvent, void *context, const RukNodeMapInfos &nodeMap)
-{
-    checked().evaluate(typeEvent.callback(), context, &nodeMap);
-}
+// RukParser::evaluate lives in rukeval.cpp, beside the evaluator it calls.
 
 const RukData &RukParser::result() const
 {
-    return checked().m_result;
+    return checked(d).m_result;
 }
 
 void RukParser::visitNode(int order, const RukVisitNodeEvent &visitEvent, void *context)
 {
-    checked().visitNode(order, visitEvent.callback(), context);
+    checked(d).visitNode(order, visitEvent.callback(), context);
 }
 
 QString RukParser::expression(const RukTransTokenEvent &transEvent, void *context)
 {
-    return checked().expression(transEvent.callback(), context);
+    return checked(d).expression(transEvent.callback(), context);
 }
 
 // Iterative walks: a chain of left-associative operators makes a tree as deep as it is long.

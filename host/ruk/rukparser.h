@@ -5,6 +5,7 @@
 #include <rukdata.h>
 #include <rukevents.h>
 #include <ruknodemapinfos.h>
+#include <sefexception.h>
 
 #include <QString>
 
@@ -58,7 +59,6 @@ public:
 
 private:
     explicit RukParser(std::shared_ptr<RukParserPrivate> data);
-    RukParserPrivate &checked() const;
     std::shared_ptr<RukParserPrivate> d;
 
     friend class RukEngine;

@@ -76,7 +76,11 @@ enum RukCode : int
     RukNegF,
     RukMathF, // built-in function a of one floating-point argument
     RukEqS, // the right operand is constant b when b >= 0
-    RukNeS
+    RukNeS,
+    RukEqSV, // text variable a against constant b
+    RukNeSV,
+    RukHalt, // ends a typed program
+    RukCodeCount
 };
 
 // Built-in functions; ids from RukFnCustom on are functions from a function callback.
@@ -198,6 +202,8 @@ public:
     std::vector<RukInstr> m_program;
     std::vector<RukInstr> m_genericProgram;
     bool m_programReady = false;
+    int m_numericResult = 0; // Float or Boolean when the typed program runs on m_numberStack
+    std::vector<double> m_numberStack;
     bool m_genericReady = false;
     std::vector<RukData> m_stack;
     std::vector<int> m_tokenOrder; // token nodes by position, built on the first expression()
@@ -215,15 +221,18 @@ private:
     void clearExpression();
     void compile(std::vector<RukInstr> &program, bool typed);
     void run(const std::vector<RukInstr> &program, IRukQueryVarDataTypeEvent *typeEvent, void *context,
-             const RukNodeMapInfos *nodeMap);
+        const RukNodeMapInfos *nodeMap);
     void loadVar(const RukInstr &in, RukData &dst, IRukQueryVarDataTypeEvent *typeEvent, void *context,
-                 const RukNodeMapInfos *nodeMap);
+        const RukNodeMapInfos *nodeMap);
     double loadFloat(int var, void *context);
+    void runNumeric(void *context);
     double loadFloatSlow(int var);
+    const RukData &loadInPlace(int var, int node, void *context);
     void varSlow(const RukInstr &in, RukData &dst);
     void resetVarFlags();
     void convertVar(const RukInstr &in, RukData &dst);
     void mathF(const RukInstr &in, RukData &x) const;
+    static double mathValue(int function, double value);
     [[noreturn]] void throwOperandError(const RukInstr &in, const RukData &operand) const;
     void binarySlow(const RukInstr &in, RukData &x, const RukData &y);
     void arithmetic(const RukInstr &in, RukData &x, const RukData &y);

@@ -89,6 +89,8 @@ void standardVars(Vars &vars)
     vars.types.insert(QStringLiteral("宽度"), RukData::Float);
     vars.types.insert(QStringLiteral("s"), RukData::String);
     vars.types.insert(QStringLiteral("t"), RukData::Boolean);
+    vars.values.insert(QStringLiteral("数"), RukData::fromFloat(2.5));
+    vars.types.insert(QStringLiteral("数"), RukData::String);
 }
 
 } // namespace
@@ -252,6 +254,8 @@ void TestRukEngine::evaluate_data()
                                      << "11:13";
     QTest::newRow("typed text equality") << "s = 'abc' and s != 'x' and 'abc' = s and not (s <> s)"
                                          << "13:true";
+    QTest::newRow("number announced as text compares as text") << "数 = '2.5' and 数 != '2.50'"
+                                                               << "13:true";
     QTest::newRow("if of two typed branches") << "if(t, x, 宽度) * 2"
                                               << "11:5";
     // functions
