@@ -9,7 +9,8 @@
 class TOVGENERALUTILITY_EXPORT RixMemTableFilterRule
 {
 public:
-    enum ConditionType
+    // Based on int: a value outside the enum is kept (applying it throws).
+    enum ConditionType : int
     {
         // Keeps the records equal to the value.
         Equal = 0,

@@ -10,6 +10,7 @@
 
 #include <sefcommon.h>
 
+#include <QHash>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -126,8 +127,9 @@ void stableSort(std::vector<T> &items, const Before &before)
     mergeSortRange(items.data(), items.data() + items.size(), buffer.data(), before);
 }
 
-// Keeps the records for which keep(record) holds, asking from the last record to the first;
-// the kept records stay in order. keep must not call out to code that could change the list.
+// Keeps the records for which keep(record) holds, asking from the last record to the first as
+// the filters are documented to; the kept records stay in order. keep must not reach code that
+// could change the list.
 template<typename Keep>
 void filterInPlace(QList<RixMemRecord *> &records, const Keep &keep)
 {
@@ -143,6 +145,40 @@ void filterInPlace(QList<RixMemRecord *> &records, const Keep &keep)
     }
     if (kept > 0)
         records.erase(records.begin(), records.begin() + kept);
+}
+
+// As filterInPlace, for tests without side effects, whose order nobody can see: walks forwards,
+// the direction in which the records were allocated, which the memory prefetcher follows best.
+template<typename Keep>
+void filterPure(QList<RixMemRecord *> &records, const Keep &keep)
+{
+    const int count = records.size();
+    if (count == 0)
+        return;
+    QList<RixMemRecord *>::iterator it = records.begin();
+    int kept = 0;
+    for (int i = 0; i < count; ++i) {
+        RixMemRecord *record = it[i];
+        if (keep(record))
+            it[kept++] = record;
+    }
+    if (kept < count)
+        records.erase(records.begin() + kept, records.end());
+}
+
+// Reads a non-null value as a double; false for a null value. A double is read in place, as
+// QVariant::isNull() and toDouble() would answer for it.
+inline bool readDouble(const QVariant &value, double &number)
+{
+    const QVariant::Private &p = value.data_ptr();
+    if (p.type == QMetaType::Double && !p.is_shared) {
+        number = p.data.d;
+        return !p.is_null;
+    }
+    if (value.isNull())
+        return false;
+    number = value.toDouble();
+    return true;
 }
 
 bool isDoubleType(int type)
@@ -215,17 +251,36 @@ public:
             for (const QVariant &value : qAsConst(values))
                 m_doubles.push_back(value.toDouble());
         } else if (allString) {
+            // Each distinct text once: the records' own texts lie all over the heap.
             m_kind = Strings;
-            m_strings.reserve(count);
-            for (const QVariant &value : qAsConst(values))
-                m_strings.append(*static_cast<const QString *>(value.constData()));
+            m_ints.reserve(size_t(count));
+            QHash<QString, int> ids;
+            for (const QVariant &value : qAsConst(values)) {
+                const QString &text = *static_cast<const QString *>(value.constData());
+                auto it = ids.constFind(text);
+                if (it == ids.constEnd()) {
+                    it = ids.insert(text, m_strings.size());
+                    m_strings.append(text);
+                }
+                m_ints.push_back(it.value());
+            }
+            const int distinct = m_strings.size();
+            if (distinct <= 256) {
+                m_order.resize(size_t(distinct) * size_t(distinct));
+                for (int i = 0; i < distinct; ++i) {
+                    for (int j = 0; j < distinct; ++j) {
+                        const int c = compareStrings(m_strings.at(i), m_strings.at(j));
+                        m_order[size_t(i * distinct + j)] = qint8(c < 0 ? -1 : (c > 0 ? 1 : 0));
+                    }
+                }
+            }
         } else {
             m_kind = Variants;
             m_variants = std::move(values);
         }
     }
 
-    // QVariant::compare() of the values of records a and b.
+    // QVariant::compare() of the values of records a and b (for texts only its sign).
     int compare(int a, int b) const
     {
         switch (m_kind) {
@@ -233,8 +288,16 @@ public:
             return compareIntegers(m_ints[size_t(a)], m_ints[size_t(b)]);
         case Doubles:
             return compareDoubles(m_doubles[size_t(a)], m_doubles[size_t(b)]);
-        case Strings:
-            return compareStrings(m_strings.at(a), m_strings.at(b));
+        case Strings: {
+            // Only the sign of a text comparison is ever used.
+            const int ia = m_ints[size_t(a)];
+            const int ib = m_ints[size_t(b)];
+            if (ia == ib)
+                return 0;
+            if (!m_order.empty())
+                return m_order[size_t(ia * m_strings.size() + ib)];
+            return compareStrings(m_strings.at(ia), m_strings.at(ib));
+        }
         case Variants:
             break;
         }
@@ -253,9 +316,10 @@ private:
     };
     Kind m_kind = Variants;
     bool m_ascending = true;
-    std::vector<int> m_ints;
+    std::vector<int> m_ints; // the values, or the texts' positions in m_strings
     std::vector<double> m_doubles;
-    QVector<QString> m_strings;
+    QVector<QString> m_strings; // distinct texts
+    std::vector<qint8> m_order; // sign of the comparison of two distinct texts, when few
     QVector<QVariant> m_variants;
 };
 
@@ -297,7 +361,7 @@ void RixMemTableViewPrivate::forget(const QList<RixMemRecord *> &gone)
     if (gone.isEmpty() || (records.isEmpty() && callingOut == 0))
         return;
     QSet<RixMemRecord *> set(gone.cbegin(), gone.cend());
-    filterInPlace(records, [&set](RixMemRecord *record) { return !set.contains(record); });
+    filterPure(records, [&set](RixMemRecord *record) { return !set.contains(record); });
     if (callingOut > 0)
         forgottenWhileCalling.unite(set);
 }
@@ -421,7 +485,7 @@ void RixMemTableView::applyFilter(const QString &name, std::function<void(RixMem
         return keep;
     });
     if (!d->forgottenWhileCalling.isEmpty())
-        filterInPlace(records, [&](RixMemRecord *record) { return !calling.forgotten(record); });
+        filterPure(records, [&](RixMemRecord *record) { return !calling.forgotten(record); });
     d->records = std::move(records);
 }
 
@@ -450,7 +514,7 @@ bool RixMemTableView::applyFilter(RixMemTableFilterRules *rules)
 void RixMemTableView::applyFilterForEqual(const QString &fieldName, const QVariant &value)
 {
     const int index = filedIndex(fieldName);
-    filterInPlace(d->records, [index, &value](RixMemRecord *record) {
+    filterPure(d->records, [index, &value](RixMemRecord *record) {
         const QVariant recordValue = record->getVariant(index);
         return recordValue.isNull() || equals(recordValue, value);
     });
@@ -465,12 +529,13 @@ void RixMemTableView::applyFilterForCondition(
     const int index = filedIndex(fieldName);
     if (isDoubleType(field->dataType())) {
         const double given = value.toDouble();
-        filterInPlace(d->records, [index, given, type](RixMemRecord *record) {
-            const QVariant recordValue = record->getVariant(index);
-            return recordValue.isNull() || meetsDoubleCondition(given, recordValue.toDouble(), type);
+        filterPure(d->records, [index, given, type](RixMemRecord *record) {
+            double number;
+            return !readDouble(record->getVariant(index), number)
+                || meetsDoubleCondition(given, number, type);
         });
     } else {
-        filterInPlace(d->records, [index, &value, type](RixMemRecord *record) {
+        filterPure(d->records, [index, &value, type](RixMemRecord *record) {
             const QVariant recordValue = record->getVariant(index);
             return recordValue.isNull() || meetsOrder(compare(value, recordValue), type);
         });

@@ -33,8 +33,9 @@ class TOVGENERALUTILITY_EXPORT RixMemTableView : public QObject
 
 public:
     // The operators read given value, operator, record value: Greater with 10 keeps the records
-    // below 10 (rule tables store upper limits).
-    enum ConditionType
+    // below 10 (rule tables store upper limits). Based on int: any int is a value, and one
+    // outside the enum fails every test.
+    enum ConditionType : int
     {
         Greater = 0,
         GreaterEqual = 1,
@@ -44,7 +45,7 @@ public:
     Q_ENUM(ConditionType)
 
     // What a search answers when no record passes.
-    enum NotFoundReturnMode
+    enum NotFoundReturnMode : int
     {
         ReturnNull = 0,
         ReturnFirst = 1,

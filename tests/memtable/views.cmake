@@ -1,0 +1,2 @@
+tov_add_test(tst_rixmemtableview SOURCES tst_rixmemtableview.cpp LABELS memtable)
+tov_add_test(tst_rixmemtablefilterrules SOURCES tst_rixmemtablefilterrules.cpp LABELS memtable)
