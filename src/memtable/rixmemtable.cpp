@@ -502,6 +502,7 @@ void RixMemTable::loadFromJson(const QJsonArray &array)
     RixMemTable *refTable = d->refTable;
     const int refIdIndex = refTable ? refTable->filedIndex(idFieldName()) : -1;
     const QString refIdKey = QStringLiteral("_RefID");
+    d->records.reserve(array.size());
 
     for (const QJsonValue element : array) {
         const QJsonObject object = element.toObject();

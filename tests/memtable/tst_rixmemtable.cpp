@@ -136,8 +136,11 @@ void TestRixMemTable::csvFile_data()
     QTest::newRow("last line without newline") << "a" << QByteArray("a\n1\n2") << true << "1:1;2:2";
     QTest::newRow("values stay text on a typed table") << "a" << QByteArray("a\n007\n") << true << "1:007";
     QTest::newRow("byte-order mark: dropped at a line's start, kept inside it")
-        << "a,b" << QByteArray("a,b\n\xEF\xBB\xBF" "1,\xEF\xBB\xBF" "x\n \xEF\xBB\xBF\n") << true
-        << QStringLiteral("1:1|\uFEFFx;2:\uFEFF|");
+        << "a,b"
+        << QByteArray("a,b\n\xEF\xBB\xBF"
+                      "1,\xEF\xBB\xBF"
+                      "x\n \xEF\xBB\xBF\n")
+        << true << QStringLiteral("1:1|\uFEFFx;2:\uFEFF|");
     QTest::newRow("header only") << "a" << QByteArray("a\n") << true << "";
     QTest::newRow("invalid UTF-8 decoded with replacement")
         << "a,b" << QByteArray("a,b\n\xff,\xe4\xb8\n") << true << QStringLiteral("1:\uFFFD|\uFFFD\uFFFD");
