@@ -8,9 +8,11 @@
 
 #include <QLocale>
 
+#include <atomic>
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <mutex>
 #include <string>
 
 namespace {
@@ -330,12 +332,13 @@ inline void RukParserPrivate::loadVar(const RukInstr &in, RukData &dst, IRukQuer
 // check, the number.
 inline double RukParserPrivate::loadFloat(int index, void *context)
 {
-    RukVarState &var = m_vars[size_t(index)];
+    RukVarNode &handle = m_varHandles[size_t(index)];
+    RukVarState &var = *handle.s;
     var.value.m_type = RukData::Unknown;
     if (Q_LIKELY(m_valueImpl))
-        m_valueImpl->queryVarValue(m_varHandles[size_t(index)], context);
+        m_valueImpl->queryVarValue(handle, context);
     else if (m_valueEvent)
-        m_valueEvent->onQueryVarValue(m_varHandles[size_t(index)], context);
+        m_valueEvent->onQueryVarValue(handle, context);
     if (Q_UNLIKELY(var.value.m_type != RukData::Float || var.invalid))
         return loadFloatSlow(index);
     return var.value.m_v.f;
@@ -1048,21 +1051,65 @@ void RukParserPrivate::run(const std::vector<RukInstr> &program, IRukQueryVarDat
     }
 }
 
-// The typed program when it holds only floating-point and boolean values (booleans as 1 and 0),
+// The typed program when it holds only floating-point and boolean values (booleans as 1 and 0;
+// a text variable compared with a text constant makes a boolean too),
 // with one indirect jump per instruction (labels as values, as GCC and Clang offer).
 void RukParserPrivate::runNumeric(void *context)
 {
-    static const void *const labels[] = { &&l_RukPushConst, &&l_RukHalt, &&l_RukHalt, &&l_RukHalt,
-        &&l_RukHalt, &&l_RukHalt, &&l_RukHalt, &&l_RukHalt, &&l_RukHalt, &&l_RukHalt, &&l_RukHalt,
-        &&l_RukHalt, &&l_RukHalt, &&l_RukHalt, &&l_RukHalt, &&l_RukHalt, &&l_RukHalt, &&l_RukHalt,
-        &&l_RukHalt, &&l_RukHalt, &&l_RukAndJump, &&l_RukOrJump, &&l_RukToBool, &&l_RukJumpIfFalse,
-        &&l_RukJump, &&l_RukHalt, &&l_RukAddF, &&l_RukAddFI, &&l_RukAddFV, &&l_RukSubF, &&l_RukSubFI,
-        &&l_RukSubFV, &&l_RukMulF, &&l_RukMulFI, &&l_RukMulFV, &&l_RukDivF, &&l_RukDivFI, &&l_RukDivFV,
-        &&l_RukEqF, &&l_RukEqFI, &&l_RukEqFV, &&l_RukNeF, &&l_RukNeFI, &&l_RukNeFV, &&l_RukLtF, &&l_RukLtFI,
-        &&l_RukLtFV, &&l_RukLeF, &&l_RukLeFI, &&l_RukLeFV, &&l_RukGtF, &&l_RukGtFI, &&l_RukGtFV, &&l_RukGeF,
-        &&l_RukGeFI, &&l_RukGeFV, &&l_RukLoadVarF, &&l_RukNegF, &&l_RukMathF, &&l_RukHalt, &&l_RukHalt,
-        &&l_RukHalt, &&l_RukHalt, &&l_RukHalt };
-    static_assert(sizeof(labels) / sizeof(labels[0]) == RukCodeCount, "one label per operation code");
+    // Filled once, by operation code; codes that never reach this program end it.
+    static const void *labels[RukCodeCount];
+    static std::atomic<bool> labelsReady { false };
+    if (Q_UNLIKELY(!labelsReady.load(std::memory_order_acquire))) {
+        static std::mutex mutex;
+        std::lock_guard<std::mutex> lock(mutex);
+        if (!labelsReady.load(std::memory_order_relaxed)) {
+            for (const void *&label : labels)
+                label = &&l_RukHalt;
+            labels[RukAddF] = &&l_RukAddF;
+            labels[RukAddFI] = &&l_RukAddFI;
+            labels[RukAddFV] = &&l_RukAddFV;
+            labels[RukSubF] = &&l_RukSubF;
+            labels[RukSubFI] = &&l_RukSubFI;
+            labels[RukSubFV] = &&l_RukSubFV;
+            labels[RukMulF] = &&l_RukMulF;
+            labels[RukMulFI] = &&l_RukMulFI;
+            labels[RukMulFV] = &&l_RukMulFV;
+            labels[RukDivF] = &&l_RukDivF;
+            labels[RukDivFI] = &&l_RukDivFI;
+            labels[RukDivFV] = &&l_RukDivFV;
+            labels[RukEqF] = &&l_RukEqF;
+            labels[RukEqFI] = &&l_RukEqFI;
+            labels[RukEqFV] = &&l_RukEqFV;
+            labels[RukNeF] = &&l_RukNeF;
+            labels[RukNeFI] = &&l_RukNeFI;
+            labels[RukNeFV] = &&l_RukNeFV;
+            labels[RukLtF] = &&l_RukLtF;
+            labels[RukLtFI] = &&l_RukLtFI;
+            labels[RukLtFV] = &&l_RukLtFV;
+            labels[RukLeF] = &&l_RukLeF;
+            labels[RukLeFI] = &&l_RukLeFI;
+            labels[RukLeFV] = &&l_RukLeFV;
+            labels[RukGtF] = &&l_RukGtF;
+            labels[RukGtFI] = &&l_RukGtFI;
+            labels[RukGtFV] = &&l_RukGtFV;
+            labels[RukGeF] = &&l_RukGeF;
+            labels[RukGeFI] = &&l_RukGeFI;
+            labels[RukGeFV] = &&l_RukGeFV;
+            labels[RukLoadVarF] = &&l_RukLoadVarF;
+            labels[RukPushConst] = &&l_RukPushConst;
+            labels[RukNegF] = &&l_RukNegF;
+            labels[RukMathF] = &&l_RukMathF;
+            labels[RukAndJump] = &&l_RukAndJump;
+            labels[RukOrJump] = &&l_RukOrJump;
+            labels[RukJumpIfFalse] = &&l_RukJumpIfFalse;
+            labels[RukJump] = &&l_RukJump;
+            labels[RukToBool] = &&l_RukToBool;
+            labels[RukHalt] = &&l_RukHalt;
+            labels[RukEqSV] = &&l_RukEqSV;
+            labels[RukNeSV] = &&l_RukNeSV;
+            labelsReady.store(true, std::memory_order_release);
+        }
+    }
     double *st = m_numberStack.data();
     int sp = 0;
     const RukInstr *code = m_program.data();
@@ -1156,6 +1203,14 @@ l_RukJump:
     goto *labels[in->code];
 l_RukToBool: // already a boolean
     RUK_NEXT;
+l_RukEqSV:
+l_RukNeSV : {
+    const RukData &value = loadInPlace(in->a, in->node, context);
+    const bool equal = value.m_s == m_consts[size_t(in->b)].m_s;
+    st[sp] = equal == (in->code == RukEqSV) ? 1.0 : 0.0;
+    ++sp;
+    RUK_NEXT;
+}
 l_RukHalt:
     if (m_numericResult == RukData::Boolean)
         m_result.setBoolean(st[0] != 0.0);

@@ -1007,7 +1007,8 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
             numeric = m_consts[size_t(program[i].a)].m_type == RukData::Float;
         else
             numeric = (code >= RukAddF && code <= RukMathF) || code == RukAndJump || code == RukOrJump
-                || code == RukToBool || code == RukJumpIfFalse || code == RukJump || code == RukHalt;
+                || code == RukToBool || code == RukJumpIfFalse || code == RukJump || code == RukHalt
+                || code == RukEqSV || code == RukNeSV;
     }
     m_numericResult = numeric ? resultType : RukData::Unknown;
     if (numeric && m_numberStack.size() < size_t(maxDepth))

@@ -211,6 +211,8 @@ public:
     RukQueryVarValueImpl *m_valueImpl = nullptr; // m_valueEvent when it is one: one virtual call less
     void setValueEvent(IRukQueryVarValueEvent *event)
     {
+        if (event == m_valueEvent)
+            return;
         m_valueEvent = event;
         m_valueImpl = dynamic_cast<RukQueryVarValueImpl *>(event);
     }

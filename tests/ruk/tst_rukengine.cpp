@@ -254,6 +254,8 @@ void TestRukEngine::evaluate_data()
                                      << "11:13";
     QTest::newRow("typed text equality") << "s = 'abc' and s != 'x' and 'abc' = s and not (s <> s)"
                                          << "13:true";
+    QTest::newRow("text variable against constants") << "s = 'x' or s = 'abc' and s <> 'ab'"
+                                                     << "13:true";
     QTest::newRow("number announced as text compares as text") << "数 = '2.5' and 数 != '2.50'"
                                                                << "13:true";
     QTest::newRow("if of two typed branches") << "if(t, x, 宽度) * 2"
