@@ -21,7 +21,7 @@ class RixMemTableViewPrivate;
 
 // A working subset of one memory table: a list of the table's records, all of them at first,
 // narrowed by filters, then sorted, searched or reduced. The records stay the table's; the view
-// only changes its own list. Filters walk the list from the last record to the first.
+// only changes its own list. Filter functions are called from the last record to the first.
 //
 // The view drops a record as soon as the table takes it out or deletes it (the remove signals,
 // clear(), assign(), the loaders); records the table adds later are not followed. Records that
