@@ -5,6 +5,8 @@
 #include "rixmemfields.h"
 #include "rixmemrecord.h"
 
+#include <QCborMap>
+#include <QCborValue>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -472,11 +474,32 @@ void RixMemTable::loadFromJson(const QJsonArray &array)
     const QString refIdKey = QStringLiteral("_RefID");
     d->records.reserve(array.size());
 
+    // Rows mostly repeat the previous row's keys. A key is compared with the previous row's key
+    // at the same position in the document's own storage (as a CBOR value, which needs no text
+    // copy); only a different key is looked up by name.
+    QVector<QCborValue> lastKeys;
+    QVector<int> lastFields;
     for (const QJsonValue element : array) {
         const QJsonObject object = element.toObject();
+        const QCborMap keys = QCborMap::fromJsonObject(object);
         RixMemRecord *record = newRecord();
-        for (auto it = object.constBegin(); it != object.constEnd(); ++it) {
-            const int index = tableFields->filedIndex(it.key());
+        auto keyIt = keys.constBegin();
+        int position = 0;
+        for (auto it = object.constBegin(); it != object.constEnd(); ++it, ++keyIt, ++position) {
+            const QCborValue key = keyIt.key();
+            int index;
+            if (position < lastKeys.size() && lastKeys.at(position) == key) {
+                index = lastFields.at(position);
+            } else {
+                index = tableFields->filedIndex(it.key());
+                if (position < lastKeys.size()) {
+                    lastKeys[position] = key;
+                    lastFields[position] = index;
+                } else {
+                    lastKeys.append(key);
+                    lastFields.append(index);
+                }
+            }
             if (index < 0)
                 continue;
             record->setVariant(index, jsonToVariant(it.value(), tableFields->items(index)->dataType()));
