@@ -339,6 +339,11 @@ inline double RukParserPrivate::loadFloat(int index, void *context)
     return var.value.m_v.f;
 }
 
+double RukParserPrivate::loadFloatSlow(const RukVarNode *handle)
+{
+    return loadFloatSlow(int(handle - m_varHandles.data()));
+}
+
 double RukParserPrivate::loadFloatSlow(int index)
 {
     const RukInstr in = { RukLoadVar, index, 0, m_varNodes[size_t(index)], 0.0 };
@@ -1065,15 +1070,12 @@ void RukParserPrivate::run(const std::vector<RukInstr> &program, IRukQueryVarDat
 // straight from RukParser::evaluate, so it cleans up after a failure itself.
 void RukParserPrivate::runNumeric(void *context)
 {
-    // Filled once, by operation code; codes that never reach this program end it.
-    static const void *labels[RukCodeCount];
-    static std::atomic<bool> labelsReady { false };
-    if (Q_UNLIKELY(!labelsReady.load(std::memory_order_acquire))) {
-        static std::mutex mutex;
-        std::lock_guard<std::mutex> lock(mutex);
-        if (!labelsReady.load(std::memory_order_relaxed)) {
-            for (const void *&label : labels)
-                label = &&l_RukHalt;
+    // Each instruction holds the label of its code, filled in on the program's first run; codes
+    // that never reach this program end it.
+    if (Q_UNLIKELY(!m_numericThreaded)) {
+        const void *labels[RukCodeCount];
+        for (const void *&label : labels)
+            label = &&l_RukHalt;
 #define RUK_LABELS(CODE)                                                                                     \
     labels[CODE] = &&l_##CODE;                                                                               \
     labels[CODE##I] = &&l_##CODE##I;                                                                         \
@@ -1081,65 +1083,65 @@ void RukParserPrivate::runNumeric(void *context)
 #define RUK_FUSED_LABELS(CODE)                                                                               \
     labels[CODE##VI] = &&l_##CODE##VI;                                                                       \
     labels[CODE##VV] = &&l_##CODE##VV
-            RUK_LABELS(RukAddF);
-            RUK_LABELS(RukSubF);
-            RUK_LABELS(RukMulF);
-            RUK_LABELS(RukDivF);
-            RUK_LABELS(RukEqF);
-            RUK_LABELS(RukNeF);
-            RUK_LABELS(RukLtF);
-            RUK_LABELS(RukLeF);
-            RUK_LABELS(RukGtF);
-            RUK_LABELS(RukGeF);
-            RUK_FUSED_LABELS(RukAdd);
-            RUK_FUSED_LABELS(RukSub);
-            RUK_FUSED_LABELS(RukMul);
-            RUK_FUSED_LABELS(RukDiv);
-            RUK_FUSED_LABELS(RukEq);
-            RUK_FUSED_LABELS(RukNe);
-            RUK_FUSED_LABELS(RukLt);
-            RUK_FUSED_LABELS(RukLe);
-            RUK_FUSED_LABELS(RukGt);
-            RUK_FUSED_LABELS(RukGe);
+        RUK_LABELS(RukAddF);
+        RUK_LABELS(RukSubF);
+        RUK_LABELS(RukMulF);
+        RUK_LABELS(RukDivF);
+        RUK_LABELS(RukEqF);
+        RUK_LABELS(RukNeF);
+        RUK_LABELS(RukLtF);
+        RUK_LABELS(RukLeF);
+        RUK_LABELS(RukGtF);
+        RUK_LABELS(RukGeF);
+        RUK_FUSED_LABELS(RukAdd);
+        RUK_FUSED_LABELS(RukSub);
+        RUK_FUSED_LABELS(RukMul);
+        RUK_FUSED_LABELS(RukDiv);
+        RUK_FUSED_LABELS(RukEq);
+        RUK_FUSED_LABELS(RukNe);
+        RUK_FUSED_LABELS(RukLt);
+        RUK_FUSED_LABELS(RukLe);
+        RUK_FUSED_LABELS(RukGt);
+        RUK_FUSED_LABELS(RukGe);
 #undef RUK_LABELS
 #undef RUK_FUSED_LABELS
-            labels[RukLoadVarF] = &&l_RukLoadVarF;
-            labels[RukPushConst] = &&l_RukPushConst;
-            labels[RukNegF] = &&l_RukNegF;
-            labels[RukMathF] = &&l_RukMathF;
-            labels[RukSqrtF] = &&l_RukSqrtF;
-            labels[RukAndJump] = &&l_RukAndJump;
-            labels[RukOrJump] = &&l_RukOrJump;
-            labels[RukJumpIfFalse] = &&l_RukJumpIfFalse;
-            labels[RukJump] = &&l_RukJump;
-            labels[RukToBool] = &&l_RukToBool;
-            labels[RukHalt] = &&l_RukHalt;
-            labels[RukHaltB] = &&l_RukHaltB;
-            labels[RukEqSV] = &&l_RukEqSV;
-            labels[RukNeSV] = &&l_RukNeSV;
-            labelsReady.store(true, std::memory_order_release);
-        }
+        labels[RukLoadVarF] = &&l_RukLoadVarF;
+        labels[RukPushConst] = &&l_RukPushConst;
+        labels[RukNegF] = &&l_RukNegF;
+        labels[RukMathF] = &&l_RukMathF;
+        labels[RukSqrtF] = &&l_RukSqrtF;
+        labels[RukAndJump] = &&l_RukAndJump;
+        labels[RukOrJump] = &&l_RukOrJump;
+        labels[RukJumpIfFalse] = &&l_RukJumpIfFalse;
+        labels[RukJump] = &&l_RukJump;
+        labels[RukToBool] = &&l_RukToBool;
+        labels[RukHalt] = &&l_RukHalt;
+        labels[RukHaltB] = &&l_RukHaltB;
+        labels[RukHaltF] = &&l_RukHaltF;
+        labels[RukEqSV] = &&l_RukEqSV;
+        labels[RukNeSV] = &&l_RukNeSV;
+        for (RukInstr &in : m_program)
+            in.label = labels[in.code];
+        m_numericThreaded = true;
     }
     // Never null, and replaced only between evaluations.
     RukQueryVarValueImpl *const impl = m_valueImpl;
-    RukVarNode *const handles = m_varHandles.data();
     double *sp = m_numberStack.data(); // the next free slot
     const RukInstr *const code = m_program.data();
     const RukInstr *in = code;
     try {
 #define RUK_NEXT                                                                                             \
     ++in;                                                                                                    \
-    goto *labels[in->code]
-// The value of variable INDEX into OUT: the value callback, one check, the number.
-#define RUK_LOAD(INDEX, OUT)                                                                                 \
+    goto * in->label
+// The value of the variable of HANDLE into OUT: the value callback, one check, the number.
+#define RUK_LOAD(HANDLE, OUT)                                                                                \
     do {                                                                                                     \
-        const int index_ = (INDEX);                                                                          \
-        RukVarNode &handle_ = handles[index_];                                                               \
-        RukVarState &var_ = *handle_.s;                                                                      \
-        var_.value.m_type = RukData::Unknown;                                                                \
-        impl->queryVarValue(handle_, context);                                                               \
+        RukVarNode *handle_ = (HANDLE);                                                                      \
+        handle_->s->value.m_type = RukData::Unknown;                                                         \
+        impl->queryVarValue(*handle_, context);                                                              \
+        const RukVarState &var_ = *(HANDLE)->s;                                                              \
         if (Q_UNLIKELY(var_.value.m_type != RukData::Float || var_.invalid))                                 \
-            OUT = loadFloatSlow(index_);                                                                     \
+            OUT = loadFloatSlow(HANDLE);                                                                     \
         else                                                                                                 \
             OUT = var_.value.m_v.f;                                                                          \
     } while (false)
@@ -1162,7 +1164,7 @@ void RukParserPrivate::runNumeric(void *context)
     l_##CODE##V:                                                                                             \
     {                                                                                                        \
         double y;                                                                                            \
-        RUK_LOAD(in->a, y);                                                                                  \
+        RUK_LOAD(in->var, y);                                                                                \
         double &x = sp[-1];                                                                                  \
         APPLY;                                                                                               \
         RUK_NEXT;                                                                                            \
@@ -1170,7 +1172,7 @@ void RukParserPrivate::runNumeric(void *context)
     l_##BASE##VI:                                                                                            \
     {                                                                                                        \
         double x;                                                                                            \
-        RUK_LOAD(in->a, x);                                                                                  \
+        RUK_LOAD(in->var, x);                                                                                \
         const double y = in->imm;                                                                            \
         APPLY;                                                                                               \
         *sp++ = x;                                                                                           \
@@ -1179,9 +1181,9 @@ void RukParserPrivate::runNumeric(void *context)
     l_##BASE##VV:                                                                                            \
     {                                                                                                        \
         double x;                                                                                            \
-        RUK_LOAD(in->a, x);                                                                                  \
+        RUK_LOAD(in->var, x);                                                                                \
         double y;                                                                                            \
-        RUK_LOAD(in->b, y);                                                                                  \
+        RUK_LOAD(in->var2, y);                                                                               \
         APPLY;                                                                                               \
         *sp++ = x;                                                                                           \
         RUK_NEXT;                                                                                            \
@@ -1198,7 +1200,7 @@ void RukParserPrivate::runNumeric(void *context)
     const int c = compareReal(x, y);                                                                         \
     x = (RESULT) ? 1.0 : 0.0
 
-        goto *labels[in->code];
+        goto * in->label;
         RUK_NUMBER_CASES(RukAddF, RukAdd, RUK_NUMBER_ARITH(+=))
         RUK_NUMBER_CASES(RukSubF, RukSub, RUK_NUMBER_ARITH(-=))
         RUK_NUMBER_CASES(RukMulF, RukMul, RUK_NUMBER_ARITH(*=))
@@ -1214,7 +1216,7 @@ void RukParserPrivate::runNumeric(void *context)
 #undef RUK_NUMBER_DIVIDE
 #undef RUK_NUMBER_COMPARE
     l_RukLoadVarF:
-        RUK_LOAD(in->a, *sp);
+        RUK_LOAD(in->var, *sp);
         ++sp;
         RUK_NEXT;
     l_RukPushConst:
@@ -1234,14 +1236,14 @@ void RukParserPrivate::runNumeric(void *context)
     l_RukAndJump:
         if (sp[-1] == 0.0) {
             in = code + in->a;
-            goto *labels[in->code];
+            goto * in->label;
         }
         --sp;
         RUK_NEXT;
     l_RukOrJump:
         if (sp[-1] != 0.0) {
             in = code + in->a;
-            goto *labels[in->code];
+            goto * in->label;
         }
         --sp;
         RUK_NEXT;
@@ -1249,12 +1251,12 @@ void RukParserPrivate::runNumeric(void *context)
         --sp;
         if (*sp == 0.0) {
             in = code + in->a;
-            goto *labels[in->code];
+            goto * in->label;
         }
         RUK_NEXT;
     l_RukJump:
         in = code + in->a;
-        goto *labels[in->code];
+        goto * in->label;
     l_RukToBool: // already a boolean
         RUK_NEXT;
     l_RukEqSV:
@@ -1268,6 +1270,9 @@ void RukParserPrivate::runNumeric(void *context)
 #undef RUK_LOAD
     l_RukHaltB:
         m_result.setBoolean(sp[-1] != 0.0);
+        return;
+    l_RukHaltF:
+        m_result.setFloat(sp[-1]);
         return;
     l_RukHalt:
         if (m_numericResult == RukData::Boolean)
@@ -1296,7 +1301,7 @@ void RukParserPrivate::fuseNumeric(std::vector<RukInstr> &program)
         if (isJump(in.code))
             target[size_t(in.a)] = 1;
     }
-    const int halt = m_numericResult == RukData::Boolean ? RukHaltB : RukHalt;
+    const int halt = m_numericResult == RukData::Boolean ? RukHaltB : RukHaltF;
     std::vector<RukInstr> out;
     out.reserve(count);
     std::vector<int> moved(count + 1, 0); // old index -> new index
@@ -1312,7 +1317,7 @@ void RukParserPrivate::fuseNumeric(std::vector<RukInstr> &program)
                 const bool withVar = offset % 3 == 2;
                 // Keeps the load's node: a failure names the first variable.
                 RukInstr fused = { RukAddVI + 2 * (offset / 3) + (withVar ? 1 : 0), in.a,
-                    withVar ? next.a : 0, in.node, withVar ? 0.0 : next.imm };
+                    withVar ? next.a : 0, in.node, { withVar ? 0.0 : next.imm } };
                 out.push_back(fused);
                 ++i;
                 moved[i] = int(out.size()) - 1;
@@ -1333,6 +1338,24 @@ void RukParserPrivate::fuseNumeric(std::vector<RukInstr> &program)
     for (RukInstr &in : out) {
         if (in.code == RukJump && out[size_t(in.a)].code == halt)
             in = out[size_t(in.a)];
+        switch (in.code) {
+        case RukLoadVarF:
+            in.var = &m_varHandles[size_t(in.a)];
+            break;
+        case RukEqSV:
+        case RukNeSV:
+            break;
+        default:
+            if (in.code >= RukAddF && in.code <= RukGeFV && (in.code - RukAddF) % 3 == 2) {
+                in.var = &m_varHandles[size_t(in.a)];
+            } else if (in.code >= RukAddVI && in.code <= RukGeVV) {
+                in.var = &m_varHandles[size_t(in.a)];
+                if ((in.code - RukAddVI) % 2 == 1)
+                    in.var2 = &m_varHandles[size_t(in.b)];
+            }
+            break;
+        }
     }
     program.swap(out);
+    m_numericThreaded = false;
 }

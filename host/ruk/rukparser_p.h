@@ -105,6 +105,7 @@ enum RukCode : int
     RukGeVV,
     RukSqrtF,
     RukHaltB, // ends a plain-double program whose result is a boolean
+    RukHaltF, // ends a plain-double program whose result is floating-point
     RukCodeCount
 };
 
@@ -168,7 +169,13 @@ struct RukInstr
     int a;
     int b;
     int node;
-    double imm;
+    union {
+        double imm;
+        RukVarNode *var2; // the plain-double program's second variable
+    };
+    // The plain-double program's own: its variable's handle and the label of its code.
+    RukVarNode *var = nullptr;
+    const void *label = nullptr;
 };
 
 // A number read from a text or a value: integer or floating-point.
@@ -247,6 +254,7 @@ public:
     void setValueEvent(IRukQueryVarValueEvent *event);
     // The plain-double program is compiled and may run straight from RukParser::evaluate.
     bool m_numericReady = false;
+    bool m_numericThreaded = false; // the labels of m_program are filled in
     RukData m_result;
     bool m_ready = false;
 
@@ -260,6 +268,7 @@ private:
     double loadFloat(int var, void *context);
     void fuseNumeric(std::vector<RukInstr> &program);
     double loadFloatSlow(int var);
+    Q_DECL_COLD_FUNCTION Q_NEVER_INLINE double loadFloatSlow(const RukVarNode *handle);
     const RukData &loadInPlace(int var, int node, void *context);
     void varSlow(const RukInstr &in, RukData &dst);
     void resetVarFlags();
