@@ -164,6 +164,16 @@ QString RukOps::floatText(double value)
 
 // --- evaluation
 
+void RukParserPrivate::throwOverflow()
+{
+    throwError(tr("计算结果溢出"));
+}
+
+void RukParserPrivate::throwDivisionByZero()
+{
+    throwError(tr("除数为零"));
+}
+
 #define RUK_COPY(dst, src)                                                                                   \
     do {                                                                                                     \
         (dst).m_type = (src).m_type;                                                                         \
@@ -1070,56 +1080,99 @@ void RukParserPrivate::run(const std::vector<RukInstr> &program, IRukQueryVarDat
 // straight from RukParser::evaluate, so it cleans up after a failure itself.
 void RukParserPrivate::runNumeric(void *context)
 {
-    // Each instruction holds the label of its code, filled in on the program's first run; codes
-    // that never reach this program end it.
+    // By operation code, in the order of RukCode; codes that never reach this program end it.
+    static const void *const labels[] = {
+        &&l_RukPushConst,
+        &&l_RukHalt, // RukLoadVar
+        &&l_RukHalt, // RukNeg
+        &&l_RukHalt, // RukPos
+        &&l_RukHalt, // RukNot
+        &&l_RukHalt, // RukAdd
+        &&l_RukHalt, // RukSub
+        &&l_RukHalt, // RukCat
+        &&l_RukHalt, // RukMul
+        &&l_RukHalt, // RukDiv
+        &&l_RukHalt, // RukMod
+        &&l_RukHalt, // RukPow
+        &&l_RukHalt, // RukEq
+        &&l_RukHalt, // RukNe
+        &&l_RukHalt, // RukLt
+        &&l_RukHalt, // RukLe
+        &&l_RukHalt, // RukGt
+        &&l_RukHalt, // RukGe
+        &&l_RukHalt, // RukOr
+        &&l_RukHalt, // RukAnd
+        &&l_RukAndJump,
+        &&l_RukOrJump,
+        &&l_RukToBool,
+        &&l_RukJumpIfFalse,
+        &&l_RukJump,
+        &&l_RukHalt, // RukCall
+        &&l_RukAddF,
+        &&l_RukAddFI,
+        &&l_RukAddFV,
+        &&l_RukSubF,
+        &&l_RukSubFI,
+        &&l_RukSubFV,
+        &&l_RukMulF,
+        &&l_RukMulFI,
+        &&l_RukMulFV,
+        &&l_RukDivF,
+        &&l_RukDivFI,
+        &&l_RukDivFV,
+        &&l_RukEqF,
+        &&l_RukEqFI,
+        &&l_RukEqFV,
+        &&l_RukNeF,
+        &&l_RukNeFI,
+        &&l_RukNeFV,
+        &&l_RukLtF,
+        &&l_RukLtFI,
+        &&l_RukLtFV,
+        &&l_RukLeF,
+        &&l_RukLeFI,
+        &&l_RukLeFV,
+        &&l_RukGtF,
+        &&l_RukGtFI,
+        &&l_RukGtFV,
+        &&l_RukGeF,
+        &&l_RukGeFI,
+        &&l_RukGeFV,
+        &&l_RukLoadVarF,
+        &&l_RukNegF,
+        &&l_RukMathF,
+        &&l_RukHalt, // RukEqS
+        &&l_RukHalt, // RukNeS
+        &&l_RukEqSV,
+        &&l_RukNeSV,
+        &&l_RukHalt,
+        &&l_RukAddVI,
+        &&l_RukAddVV,
+        &&l_RukSubVI,
+        &&l_RukSubVV,
+        &&l_RukMulVI,
+        &&l_RukMulVV,
+        &&l_RukDivVI,
+        &&l_RukDivVV,
+        &&l_RukEqVI,
+        &&l_RukEqVV,
+        &&l_RukNeVI,
+        &&l_RukNeVV,
+        &&l_RukLtVI,
+        &&l_RukLtVV,
+        &&l_RukLeVI,
+        &&l_RukLeVV,
+        &&l_RukGtVI,
+        &&l_RukGtVV,
+        &&l_RukGeVI,
+        &&l_RukGeVV,
+        &&l_RukSqrtF,
+        &&l_RukHaltB,
+        &&l_RukHaltF,
+    };
+    static_assert(sizeof(labels) / sizeof(labels[0]) == RukCodeCount, "one label per operation code");
+    // Each instruction holds the label of its code, filled in on the program's first run.
     if (Q_UNLIKELY(!m_numericThreaded)) {
-        const void *labels[RukCodeCount];
-        for (const void *&label : labels)
-            label = &&l_RukHalt;
-#define RUK_LABELS(CODE)                                                                                     \
-    labels[CODE] = &&l_##CODE;                                                                               \
-    labels[CODE##I] = &&l_##CODE##I;                                                                         \
-    labels[CODE##V] = &&l_##CODE##V
-#define RUK_FUSED_LABELS(CODE)                                                                               \
-    labels[CODE##VI] = &&l_##CODE##VI;                                                                       \
-    labels[CODE##VV] = &&l_##CODE##VV
-        RUK_LABELS(RukAddF);
-        RUK_LABELS(RukSubF);
-        RUK_LABELS(RukMulF);
-        RUK_LABELS(RukDivF);
-        RUK_LABELS(RukEqF);
-        RUK_LABELS(RukNeF);
-        RUK_LABELS(RukLtF);
-        RUK_LABELS(RukLeF);
-        RUK_LABELS(RukGtF);
-        RUK_LABELS(RukGeF);
-        RUK_FUSED_LABELS(RukAdd);
-        RUK_FUSED_LABELS(RukSub);
-        RUK_FUSED_LABELS(RukMul);
-        RUK_FUSED_LABELS(RukDiv);
-        RUK_FUSED_LABELS(RukEq);
-        RUK_FUSED_LABELS(RukNe);
-        RUK_FUSED_LABELS(RukLt);
-        RUK_FUSED_LABELS(RukLe);
-        RUK_FUSED_LABELS(RukGt);
-        RUK_FUSED_LABELS(RukGe);
-#undef RUK_LABELS
-#undef RUK_FUSED_LABELS
-        labels[RukLoadVarF] = &&l_RukLoadVarF;
-        labels[RukPushConst] = &&l_RukPushConst;
-        labels[RukNegF] = &&l_RukNegF;
-        labels[RukMathF] = &&l_RukMathF;
-        labels[RukSqrtF] = &&l_RukSqrtF;
-        labels[RukAndJump] = &&l_RukAndJump;
-        labels[RukOrJump] = &&l_RukOrJump;
-        labels[RukJumpIfFalse] = &&l_RukJumpIfFalse;
-        labels[RukJump] = &&l_RukJump;
-        labels[RukToBool] = &&l_RukToBool;
-        labels[RukHalt] = &&l_RukHalt;
-        labels[RukHaltB] = &&l_RukHaltB;
-        labels[RukHaltF] = &&l_RukHaltF;
-        labels[RukEqSV] = &&l_RukEqSV;
-        labels[RukNeSV] = &&l_RukNeSV;
         for (RukInstr &in : m_program)
             in.label = labels[in.code];
         m_numericThreaded = true;
@@ -1191,10 +1244,10 @@ void RukParserPrivate::runNumeric(void *context)
 #define RUK_NUMBER_ARITH(OP)                                                                                 \
     x OP y;                                                                                                  \
     if (Q_UNLIKELY(!std::isfinite(x)))                                                                       \
-    throwError(tr("计算结果溢出"))
+    throwOverflow()
 #define RUK_NUMBER_DIVIDE                                                                                    \
     if (Q_UNLIKELY(y == 0.0))                                                                                \
-        throwError(tr("除数为零"));                                                                          \
+        throwDivisionByZero();                                                                               \
     RUK_NUMBER_ARITH(/=)
 #define RUK_NUMBER_COMPARE(RESULT)                                                                           \
     const int c = compareReal(x, y);                                                                         \
@@ -1231,7 +1284,7 @@ void RukParserPrivate::runNumeric(void *context)
     l_RukSqrtF:
         sp[-1] = std::sqrt(sp[-1]);
         if (Q_UNLIKELY(!std::isfinite(sp[-1])))
-            throwError(tr("计算结果溢出"));
+            throwOverflow();
         RUK_NEXT;
     l_RukAndJump:
         if (sp[-1] == 0.0) {

@@ -225,6 +225,9 @@ public:
 
     [[noreturn]] void throwParseError(int position, const QString &detail) const;
     [[noreturn]] static void throwError(const QString &message);
+    // Out of line, so that the evaluator's hot paths hold no message temporaries.
+    [[noreturn]] Q_DECL_COLD_FUNCTION Q_NEVER_INLINE static void throwOverflow();
+    [[noreturn]] Q_DECL_COLD_FUNCTION Q_NEVER_INLINE static void throwDivisionByZero();
 
     QString m_text;
     std::vector<RukNodeData> m_nodes;
