@@ -1169,6 +1169,18 @@ void RukParserPrivate::runNumeric(void *context)
         &&l_RukSqrtF,
         &&l_RukHaltB,
         &&l_RukHaltF,
+        &&l_RukEqVIJ,
+        &&l_RukEqVVJ,
+        &&l_RukNeVIJ,
+        &&l_RukNeVVJ,
+        &&l_RukLtVIJ,
+        &&l_RukLtVVJ,
+        &&l_RukLeVIJ,
+        &&l_RukLeVVJ,
+        &&l_RukGtVIJ,
+        &&l_RukGtVVJ,
+        &&l_RukGeVIJ,
+        &&l_RukGeVVJ,
     };
     static_assert(sizeof(labels) / sizeof(labels[0]) == RukCodeCount, "one label per operation code");
     // Each instruction holds the label of its code, filled in on the program's first run.
@@ -1307,6 +1319,38 @@ void RukParserPrivate::runNumeric(void *context)
             goto * in->label;
         }
         RUK_NEXT;
+#define RUK_COMPARE_JUMP(BASE, RESULT)                                                                       \
+    l_##BASE##VIJ:                                                                                           \
+    {                                                                                                        \
+        double x;                                                                                            \
+        RUK_LOAD(in->var, x);                                                                                \
+        const int c = compareReal(x, in->imm);                                                               \
+        if (!(RESULT)) {                                                                                     \
+            in = code + in->a;                                                                               \
+            goto * in->label;                                                                                \
+        }                                                                                                    \
+        RUK_NEXT;                                                                                            \
+    }                                                                                                        \
+    l_##BASE##VVJ:                                                                                           \
+    {                                                                                                        \
+        double x;                                                                                            \
+        RUK_LOAD(in->var, x);                                                                                \
+        double y;                                                                                            \
+        RUK_LOAD(in->var2, y);                                                                               \
+        const int c = compareReal(x, y);                                                                     \
+        if (!(RESULT)) {                                                                                     \
+            in = code + in->a;                                                                               \
+            goto * in->label;                                                                                \
+        }                                                                                                    \
+        RUK_NEXT;                                                                                            \
+    }
+        RUK_COMPARE_JUMP(RukEq, c == 0)
+        RUK_COMPARE_JUMP(RukNe, c != 0)
+        RUK_COMPARE_JUMP(RukLt, c < 0)
+        RUK_COMPARE_JUMP(RukLe, c <= 0)
+        RUK_COMPARE_JUMP(RukGt, c > 0)
+        RUK_COMPARE_JUMP(RukGe, c >= 0)
+#undef RUK_COMPARE_JUMP
     l_RukJump:
         in = code + in->a;
         goto * in->label;
@@ -1348,7 +1392,8 @@ void RukParserPrivate::fuseNumeric(std::vector<RukInstr> &program)
     const size_t count = program.size();
     std::vector<char> target(count + 1, 0);
     auto isJump = [](int code) {
-        return code == RukAndJump || code == RukOrJump || code == RukJumpIfFalse || code == RukJump;
+        return code == RukAndJump || code == RukOrJump || code == RukJumpIfFalse || code == RukJump
+            || (code >= RukEqVIJ && code <= RukGeVVJ);
     };
     for (const RukInstr &in : program) {
         if (isJump(in.code))
@@ -1367,17 +1412,27 @@ void RukParserPrivate::fuseNumeric(std::vector<RukInstr> &program)
             const RukInstr &next = program[i + 1];
             const int offset = next.code - RukAddF;
             if (next.code >= RukAddF && next.code <= RukGeFV && offset % 3 != 0) {
-                const bool withVar = offset % 3 == 2;
+                const int op = offset / 3; // Add, Sub, Mul, Div, then the comparisons
+                const int withVar = offset % 3 == 2 ? 1 : 0;
                 // Keeps the load's node: a failure names the first variable.
-                RukInstr fused = { RukAddVI + 2 * (offset / 3) + (withVar ? 1 : 0), in.a,
-                    withVar ? next.a : 0, in.node, { withVar ? 0.0 : next.imm } };
+                RukInstr fused = { RukAddVI + 2 * op + withVar, 0, 0, in.node, { withVar ? 0.0 : next.imm } };
+                fused.var = &m_varHandles[size_t(in.a)];
+                if (withVar)
+                    fused.var2 = &m_varHandles[size_t(next.a)];
+                moved[++i] = int(out.size());
+                if (op >= 4 && i + 1 < count && !target[i + 1] && program[i + 1].code == RukJumpIfFalse) {
+                    fused.code = RukEqVIJ + 2 * (op - 4) + withVar;
+                    fused.a = program[i + 1].a;
+                    moved[++i] = int(out.size());
+                }
                 out.push_back(fused);
-                ++i;
-                moved[i] = int(out.size()) - 1;
                 continue;
             }
         }
-        if (in.code == RukMathF && in.a == RukFnSqrt)
+        if (in.code == RukLoadVarF
+            || (in.code >= RukAddF && in.code <= RukGeFV && (in.code - RukAddF) % 3 == 2))
+            in.var = &m_varHandles[size_t(in.a)];
+        else if (in.code == RukMathF && in.a == RukFnSqrt)
             in.code = RukSqrtF;
         else if (in.code == RukHalt)
             in.code = halt;
@@ -1391,23 +1446,6 @@ void RukParserPrivate::fuseNumeric(std::vector<RukInstr> &program)
     for (RukInstr &in : out) {
         if (in.code == RukJump && out[size_t(in.a)].code == halt)
             in = out[size_t(in.a)];
-        switch (in.code) {
-        case RukLoadVarF:
-            in.var = &m_varHandles[size_t(in.a)];
-            break;
-        case RukEqSV:
-        case RukNeSV:
-            break;
-        default:
-            if (in.code >= RukAddF && in.code <= RukGeFV && (in.code - RukAddF) % 3 == 2) {
-                in.var = &m_varHandles[size_t(in.a)];
-            } else if (in.code >= RukAddVI && in.code <= RukGeVV) {
-                in.var = &m_varHandles[size_t(in.a)];
-                if ((in.code - RukAddVI) % 2 == 1)
-                    in.var2 = &m_varHandles[size_t(in.b)];
-            }
-            break;
-        }
     }
     program.swap(out);
     m_numericThreaded = false;

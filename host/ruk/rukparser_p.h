@@ -106,6 +106,19 @@ enum RukCode : int
     RukSqrtF,
     RukHaltB, // ends a plain-double program whose result is a boolean
     RukHaltF, // ends a plain-double program whose result is floating-point
+    // A fused comparison (VI or VV) followed by a jump to a unless it holds.
+    RukEqVIJ,
+    RukEqVVJ,
+    RukNeVIJ,
+    RukNeVVJ,
+    RukLtVIJ,
+    RukLtVVJ,
+    RukLeVIJ,
+    RukLeVVJ,
+    RukGtVIJ,
+    RukGtVVJ,
+    RukGeVIJ,
+    RukGeVVJ,
     RukCodeCount
 };
 

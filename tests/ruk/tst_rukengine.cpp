@@ -583,6 +583,12 @@ void TestRukEngine::floatPrograms_data()
                                                       << "11:3" << QStringList({ "x", "宽度", "宽度" });
     QTest::newRow("if as the whole expression") << "if(x = 宽度, x, 宽度)"
                                                 << "11:3" << QStringList({ "x", "宽度", "宽度" });
+    QTest::newRow("comparison with an immediate picks the then branch")
+        << "if(x < 3, x, 宽度)"
+        << "11:2.5" << QStringList({ "x", "x" });
+    QTest::newRow("comparison with an immediate picks the else branch")
+        << "if(x >= 3, x, 宽度) - 1"
+        << "11:2" << QStringList({ "x", "宽度" });
     QTest::newRow("and over fused comparisons") << "x > 2 and 宽度 <= 10"
                                                 << "13:true" << xw;
     QTest::newRow("or jumps past a dropped boolean test")
