@@ -11,6 +11,7 @@
 #include <atomic>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <mutex>
 #include <string>
@@ -55,6 +56,17 @@ inline bool compareResult(int code, int c)
     default:
         return c >= 0;
     }
+}
+
+// Equal texts by code unit, as QString's operator== has it, without a call into Qt.
+inline bool sameText(const QString &a, const QString &b)
+{
+    const int n = a.size();
+    if (n != b.size())
+        return false;
+    const QChar *p = a.constData();
+    const QChar *q = b.constData();
+    return p == q || std::memcmp(p, q, size_t(n) * sizeof(QChar)) == 0;
 }
 
 // Half away from zero; a value within 1e-9 of the half counts as the half, so that 2.675 (held as
@@ -370,6 +382,12 @@ const RukData &RukParserPrivate::loadInPlace(int index, int node, void *context)
     m_valueImpl->queryVarValue(m_varHandles[size_t(index)], context);
     if (Q_LIKELY(var.value.m_type == var.dataType && !var.invalid))
         return var.value;
+    return loadInPlaceSlow(index, node);
+}
+
+const RukData &RukParserPrivate::loadInPlaceSlow(int index, int node)
+{
+    RukVarState &var = m_vars[size_t(index)];
     const RukInstr in = { RukLoadVar, index, 0, node, 0.0 };
     RukData value = var.value;
     varSlow(in, value);
@@ -1358,8 +1376,15 @@ void RukParserPrivate::runNumeric(void *context)
         RUK_NEXT;
     l_RukEqSV:
     l_RukNeSV : {
-        const RukData &value = loadInPlace(in->a, in->node, context);
-        const bool equal = value.m_s == m_consts[size_t(in->b)].m_s;
+        // The variable is compared where the callback left it: no copy of the text.
+        RukVarNode *handle = in->var;
+        handle->s->value.m_type = RukData::Unknown;
+        impl->queryVarValue(*handle, context);
+        const RukVarState &var = *in->var->s;
+        const RukData &value = Q_LIKELY(var.value.m_type == RukData::String && !var.invalid)
+            ? var.value
+            : loadInPlaceSlow(in->a, in->node);
+        const bool equal = sameText(value.m_s, m_consts[size_t(in->b)].m_s);
         *sp++ = equal == (in->code == RukEqSV) ? 1.0 : 0.0;
         RUK_NEXT;
     }
@@ -1429,7 +1454,7 @@ void RukParserPrivate::fuseNumeric(std::vector<RukInstr> &program)
                 continue;
             }
         }
-        if (in.code == RukLoadVarF
+        if (in.code == RukLoadVarF || in.code == RukEqSV || in.code == RukNeSV
             || (in.code >= RukAddF && in.code <= RukGeFV && (in.code - RukAddF) % 3 == 2))
             in.var = &m_varHandles[size_t(in.a)];
         else if (in.code == RukMathF && in.a == RukFnSqrt)

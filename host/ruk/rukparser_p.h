@@ -286,6 +286,7 @@ private:
     double loadFloatSlow(int var);
     Q_DECL_COLD_FUNCTION Q_NEVER_INLINE double loadFloatSlow(const RukVarNode *handle);
     const RukData &loadInPlace(int var, int node, void *context);
+    Q_DECL_COLD_FUNCTION Q_NEVER_INLINE const RukData &loadInPlaceSlow(int var, int node);
     void varSlow(const RukInstr &in, RukData &dst);
     void resetVarFlags();
     void convertVar(const RukInstr &in, RukData &dst);
