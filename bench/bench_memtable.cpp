@@ -118,16 +118,14 @@ void LoadJson_tov(benchmark::State &state)
     state.SetItemsProcessed(state.iterations() * rowCount);
 }
 
+// The document is parsed and released, as any loader built on QJsonDocument must do.
 void LoadJson_floor(benchmark::State &state)
 {
     const QByteArray &bytes = jsonBytes();
     for (auto _ : state) {
-        auto document = std::make_unique<QJsonDocument>(QJsonDocument::fromJson(bytes));
-        state.PauseTiming();
-        if (document->array().size() != rowCount)
+        const int size = QJsonDocument::fromJson(bytes).array().size();
+        if (size != rowCount)
             state.SkipWithError("wrong row count");
-        document.reset();
-        state.ResumeTiming();
     }
     state.SetItemsProcessed(state.iterations() * rowCount);
 }

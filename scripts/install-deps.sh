@@ -6,7 +6,7 @@ packages=(
   cmake ninja-build g++ pkg-config
   qtbase5-dev libqt5sql5-sqlite libqt5sql5-odbc
   unixodbc unixodbc-dev libsqliteodbc sqlite3
-  libbenchmark-dev libmuparser-dev libmuparserx-dev
+  libbenchmark-dev libmuparser-dev libmuparserx-dev rapidjson-dev
   clang-14 libclang-rt-14-dev clang-format-14 python3
 )
 

@@ -11,6 +11,7 @@
 #include <atomic>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <mutex>
 #include <string>
@@ -55,6 +56,17 @@ inline bool compareResult(int code, int c)
     default:
         return c >= 0;
     }
+}
+
+// Equal texts by code unit, as QString's operator== has it, without a call into Qt.
+inline bool sameText(const QString &a, const QString &b)
+{
+    const int n = a.size();
+    if (n != b.size())
+        return false;
+    const QChar *p = a.constData();
+    const QChar *q = b.constData();
+    return p == q || std::memcmp(p, q, size_t(n) * sizeof(QChar)) == 0;
 }
 
 // Half away from zero; a value within 1e-9 of the half counts as the half, so that 2.675 (held as
@@ -163,6 +175,16 @@ QString RukOps::floatText(double value)
 }
 
 // --- evaluation
+
+void RukParserPrivate::throwOverflow()
+{
+    throwError(tr("计算结果溢出"));
+}
+
+void RukParserPrivate::throwDivisionByZero()
+{
+    throwError(tr("除数为零"));
+}
 
 #define RUK_COPY(dst, src)                                                                                   \
     do {                                                                                                     \
@@ -316,12 +338,10 @@ inline void RukParserPrivate::loadVar(const RukInstr &in, RukData &dst, IRukQuer
             if (dataType != var.dataType) {
                 var.dataType = dataType;
                 m_programReady = false;
+                m_numericReady = false;
             }
         }
-        if (m_valueImpl)
-            m_valueImpl->queryVarValue(handle, context);
-        else if (m_valueEvent)
-            m_valueEvent->onQueryVarValue(handle, context);
+        m_valueImpl->queryVarValue(handle, context);
     }
     RUK_COPY(dst, var.value);
     if (Q_UNLIKELY(var.invalid || dst.m_type != var.dataType || dst.m_type == RukData::Unknown))
@@ -335,13 +355,15 @@ inline double RukParserPrivate::loadFloat(int index, void *context)
     RukVarNode &handle = m_varHandles[size_t(index)];
     RukVarState &var = *handle.s;
     var.value.m_type = RukData::Unknown;
-    if (Q_LIKELY(m_valueImpl))
-        m_valueImpl->queryVarValue(handle, context);
-    else if (m_valueEvent)
-        m_valueEvent->onQueryVarValue(handle, context);
+    m_valueImpl->queryVarValue(handle, context);
     if (Q_UNLIKELY(var.value.m_type != RukData::Float || var.invalid))
         return loadFloatSlow(index);
     return var.value.m_v.f;
+}
+
+double RukParserPrivate::loadFloatSlow(const RukVarNode *handle)
+{
+    return loadFloatSlow(int(handle - m_varHandles.data()));
 }
 
 double RukParserPrivate::loadFloatSlow(int index)
@@ -357,12 +379,15 @@ const RukData &RukParserPrivate::loadInPlace(int index, int node, void *context)
 {
     RukVarState &var = m_vars[size_t(index)];
     var.value.m_type = RukData::Unknown;
-    if (m_valueImpl)
-        m_valueImpl->queryVarValue(m_varHandles[size_t(index)], context);
-    else if (m_valueEvent)
-        m_valueEvent->onQueryVarValue(m_varHandles[size_t(index)], context);
+    m_valueImpl->queryVarValue(m_varHandles[size_t(index)], context);
     if (Q_LIKELY(var.value.m_type == var.dataType && !var.invalid))
         return var.value;
+    return loadInPlaceSlow(index, node);
+}
+
+const RukData &RukParserPrivate::loadInPlaceSlow(int index, int node)
+{
+    RukVarState &var = m_vars[size_t(index)];
     const RukInstr in = { RukLoadVar, index, 0, node, 0.0 };
     RukData value = var.value;
     varSlow(in, value);
@@ -807,7 +832,7 @@ void RukParserPrivate::call(const RukInstr &in, RukData *args)
     }
 }
 
-inline void RukParserPrivate::evaluate(
+void RukParserPrivate::evaluate(
     IRukQueryVarDataTypeEvent *typeEvent, void *context, const RukNodeMapInfos *nodeMap)
 {
     if (!m_ready) {
@@ -829,6 +854,7 @@ inline void RukParserPrivate::evaluate(
                 m_programReady = true;
             }
             if (m_numericResult != RukData::Unknown) {
+                m_numericReady = true;
                 runNumeric(context);
                 return;
             }
@@ -843,11 +869,26 @@ inline void RukParserPrivate::evaluate(
     m_result.m_valid = true;
 }
 
+namespace {
+
+Q_DECL_COLD_FUNCTION Q_NEVER_INLINE void evaluateSlow(
+    RukParserPrivate *p, IRukQueryVarDataTypeEvent *typeEvent, void *context)
+{
+    if (!p)
+        throw SefException(QCoreApplication::translate("RukEngine", "解析器没有创建"));
+    p->evaluate(typeEvent, context, nullptr);
+}
+
+} // namespace
+
 void RukParser::evaluate(const RukQueryVarDataTypeEvent &typeEvent, void *context)
 {
-    if (Q_UNLIKELY(!d))
-        throw SefException(QCoreApplication::translate("RukEngine", "解析器没有创建"));
-    d->evaluate(typeEvent.callback(), context, nullptr);
+    RukParserPrivate *p = d.get();
+    IRukQueryVarDataTypeEvent *typeCallback = typeEvent.callback();
+    // Evaluate many: straight into the plain-double program once it is compiled.
+    if (Q_LIKELY(p && p->m_numericReady && !typeCallback))
+        return p->runNumeric(context);
+    evaluateSlow(p, typeCallback, context);
 }
 
 void RukParser::evaluate(
@@ -1052,168 +1093,385 @@ void RukParserPrivate::run(const std::vector<RukInstr> &program, IRukQueryVarDat
 }
 
 // The typed program when it holds only floating-point and boolean values (booleans as 1 and 0;
-// a text variable compared with a text constant makes a boolean too),
-// with one indirect jump per instruction (labels as values, as GCC and Clang offer).
+// a text variable compared with a text constant makes a boolean too), fused by fuseNumeric,
+// with one indirect jump per instruction (labels as values, as GCC and Clang offer). Reached
+// straight from RukParser::evaluate, so it cleans up after a failure itself.
 void RukParserPrivate::runNumeric(void *context)
 {
-    // Filled once, by operation code; codes that never reach this program end it.
-    static const void *labels[RukCodeCount];
-    static std::atomic<bool> labelsReady { false };
-    if (Q_UNLIKELY(!labelsReady.load(std::memory_order_acquire))) {
-        static std::mutex mutex;
-        std::lock_guard<std::mutex> lock(mutex);
-        if (!labelsReady.load(std::memory_order_relaxed)) {
-            for (const void *&label : labels)
-                label = &&l_RukHalt;
-            labels[RukAddF] = &&l_RukAddF;
-            labels[RukAddFI] = &&l_RukAddFI;
-            labels[RukAddFV] = &&l_RukAddFV;
-            labels[RukSubF] = &&l_RukSubF;
-            labels[RukSubFI] = &&l_RukSubFI;
-            labels[RukSubFV] = &&l_RukSubFV;
-            labels[RukMulF] = &&l_RukMulF;
-            labels[RukMulFI] = &&l_RukMulFI;
-            labels[RukMulFV] = &&l_RukMulFV;
-            labels[RukDivF] = &&l_RukDivF;
-            labels[RukDivFI] = &&l_RukDivFI;
-            labels[RukDivFV] = &&l_RukDivFV;
-            labels[RukEqF] = &&l_RukEqF;
-            labels[RukEqFI] = &&l_RukEqFI;
-            labels[RukEqFV] = &&l_RukEqFV;
-            labels[RukNeF] = &&l_RukNeF;
-            labels[RukNeFI] = &&l_RukNeFI;
-            labels[RukNeFV] = &&l_RukNeFV;
-            labels[RukLtF] = &&l_RukLtF;
-            labels[RukLtFI] = &&l_RukLtFI;
-            labels[RukLtFV] = &&l_RukLtFV;
-            labels[RukLeF] = &&l_RukLeF;
-            labels[RukLeFI] = &&l_RukLeFI;
-            labels[RukLeFV] = &&l_RukLeFV;
-            labels[RukGtF] = &&l_RukGtF;
-            labels[RukGtFI] = &&l_RukGtFI;
-            labels[RukGtFV] = &&l_RukGtFV;
-            labels[RukGeF] = &&l_RukGeF;
-            labels[RukGeFI] = &&l_RukGeFI;
-            labels[RukGeFV] = &&l_RukGeFV;
-            labels[RukLoadVarF] = &&l_RukLoadVarF;
-            labels[RukPushConst] = &&l_RukPushConst;
-            labels[RukNegF] = &&l_RukNegF;
-            labels[RukMathF] = &&l_RukMathF;
-            labels[RukAndJump] = &&l_RukAndJump;
-            labels[RukOrJump] = &&l_RukOrJump;
-            labels[RukJumpIfFalse] = &&l_RukJumpIfFalse;
-            labels[RukJump] = &&l_RukJump;
-            labels[RukToBool] = &&l_RukToBool;
-            labels[RukHalt] = &&l_RukHalt;
-            labels[RukEqSV] = &&l_RukEqSV;
-            labels[RukNeSV] = &&l_RukNeSV;
-            labelsReady.store(true, std::memory_order_release);
-        }
+    // By operation code, in the order of RukCode; codes that never reach this program end it.
+    static const void *const labels[] = {
+        &&l_RukPushConst,
+        &&l_RukHalt, // RukLoadVar
+        &&l_RukHalt, // RukNeg
+        &&l_RukHalt, // RukPos
+        &&l_RukHalt, // RukNot
+        &&l_RukHalt, // RukAdd
+        &&l_RukHalt, // RukSub
+        &&l_RukHalt, // RukCat
+        &&l_RukHalt, // RukMul
+        &&l_RukHalt, // RukDiv
+        &&l_RukHalt, // RukMod
+        &&l_RukHalt, // RukPow
+        &&l_RukHalt, // RukEq
+        &&l_RukHalt, // RukNe
+        &&l_RukHalt, // RukLt
+        &&l_RukHalt, // RukLe
+        &&l_RukHalt, // RukGt
+        &&l_RukHalt, // RukGe
+        &&l_RukHalt, // RukOr
+        &&l_RukHalt, // RukAnd
+        &&l_RukAndJump,
+        &&l_RukOrJump,
+        &&l_RukToBool,
+        &&l_RukJumpIfFalse,
+        &&l_RukJump,
+        &&l_RukHalt, // RukCall
+        &&l_RukAddF,
+        &&l_RukAddFI,
+        &&l_RukAddFV,
+        &&l_RukSubF,
+        &&l_RukSubFI,
+        &&l_RukSubFV,
+        &&l_RukMulF,
+        &&l_RukMulFI,
+        &&l_RukMulFV,
+        &&l_RukDivF,
+        &&l_RukDivFI,
+        &&l_RukDivFV,
+        &&l_RukEqF,
+        &&l_RukEqFI,
+        &&l_RukEqFV,
+        &&l_RukNeF,
+        &&l_RukNeFI,
+        &&l_RukNeFV,
+        &&l_RukLtF,
+        &&l_RukLtFI,
+        &&l_RukLtFV,
+        &&l_RukLeF,
+        &&l_RukLeFI,
+        &&l_RukLeFV,
+        &&l_RukGtF,
+        &&l_RukGtFI,
+        &&l_RukGtFV,
+        &&l_RukGeF,
+        &&l_RukGeFI,
+        &&l_RukGeFV,
+        &&l_RukLoadVarF,
+        &&l_RukNegF,
+        &&l_RukMathF,
+        &&l_RukHalt, // RukEqS
+        &&l_RukHalt, // RukNeS
+        &&l_RukEqSV,
+        &&l_RukNeSV,
+        &&l_RukHalt,
+        &&l_RukAddVI,
+        &&l_RukAddVV,
+        &&l_RukSubVI,
+        &&l_RukSubVV,
+        &&l_RukMulVI,
+        &&l_RukMulVV,
+        &&l_RukDivVI,
+        &&l_RukDivVV,
+        &&l_RukEqVI,
+        &&l_RukEqVV,
+        &&l_RukNeVI,
+        &&l_RukNeVV,
+        &&l_RukLtVI,
+        &&l_RukLtVV,
+        &&l_RukLeVI,
+        &&l_RukLeVV,
+        &&l_RukGtVI,
+        &&l_RukGtVV,
+        &&l_RukGeVI,
+        &&l_RukGeVV,
+        &&l_RukSqrtF,
+        &&l_RukHaltB,
+        &&l_RukHaltF,
+        &&l_RukEqVIJ,
+        &&l_RukEqVVJ,
+        &&l_RukNeVIJ,
+        &&l_RukNeVVJ,
+        &&l_RukLtVIJ,
+        &&l_RukLtVVJ,
+        &&l_RukLeVIJ,
+        &&l_RukLeVVJ,
+        &&l_RukGtVIJ,
+        &&l_RukGtVVJ,
+        &&l_RukGeVIJ,
+        &&l_RukGeVVJ,
+    };
+    static_assert(sizeof(labels) / sizeof(labels[0]) == RukCodeCount, "one label per operation code");
+    // Each instruction holds the label of its code, filled in on the program's first run.
+    if (Q_UNLIKELY(!m_numericThreaded)) {
+        for (RukInstr &in : m_program)
+            in.label = labels[in.code];
+        m_numericThreaded = true;
     }
-    double *st = m_numberStack.data();
-    int sp = 0;
-    const RukInstr *code = m_program.data();
+    // Never null, and replaced only between evaluations.
+    RukQueryVarValueImpl *const impl = m_valueImpl;
+    double *sp = m_numberStack.data(); // the next free slot
+    const RukInstr *const code = m_program.data();
     const RukInstr *in = code;
+    try {
 #define RUK_NEXT                                                                                             \
     ++in;                                                                                                    \
-    goto *labels[in->code]
-#define RUK_NUMBER_CASES(CODE, APPLY)                                                                        \
+    goto * in->label
+// The value of the variable of HANDLE into OUT: the value callback, one check, the number.
+#define RUK_LOAD(HANDLE, OUT)                                                                                \
+    do {                                                                                                     \
+        RukVarNode *handle_ = (HANDLE);                                                                      \
+        handle_->s->value.m_type = RukData::Unknown;                                                         \
+        impl->queryVarValue(*handle_, context);                                                              \
+        const RukVarState &var_ = *(HANDLE)->s;                                                              \
+        if (Q_UNLIKELY(var_.value.m_type != RukData::Float || var_.invalid))                                 \
+            OUT = loadFloatSlow(HANDLE);                                                                     \
+        else                                                                                                 \
+            OUT = var_.value.m_v.f;                                                                          \
+    } while (false)
+#define RUK_NUMBER_CASES(CODE, BASE, APPLY)                                                                  \
     l_##CODE:                                                                                                \
     {                                                                                                        \
         --sp;                                                                                                \
-        double &x = st[sp - 1];                                                                              \
-        const double y = st[sp];                                                                             \
+        double &x = sp[-1];                                                                                  \
+        const double y = sp[0];                                                                              \
         APPLY;                                                                                               \
         RUK_NEXT;                                                                                            \
     }                                                                                                        \
     l_##CODE##I:                                                                                             \
     {                                                                                                        \
-        double &x = st[sp - 1];                                                                              \
+        double &x = sp[-1];                                                                                  \
         const double y = in->imm;                                                                            \
         APPLY;                                                                                               \
         RUK_NEXT;                                                                                            \
     }                                                                                                        \
     l_##CODE##V:                                                                                             \
     {                                                                                                        \
-        const double y = loadFloat(in->a, context);                                                          \
-        double &x = st[sp - 1];                                                                              \
+        double y;                                                                                            \
+        RUK_LOAD(in->var, y);                                                                                \
+        double &x = sp[-1];                                                                                  \
         APPLY;                                                                                               \
+        RUK_NEXT;                                                                                            \
+    }                                                                                                        \
+    l_##BASE##VI:                                                                                            \
+    {                                                                                                        \
+        double x;                                                                                            \
+        RUK_LOAD(in->var, x);                                                                                \
+        const double y = in->imm;                                                                            \
+        APPLY;                                                                                               \
+        *sp++ = x;                                                                                           \
+        RUK_NEXT;                                                                                            \
+    }                                                                                                        \
+    l_##BASE##VV:                                                                                            \
+    {                                                                                                        \
+        double x;                                                                                            \
+        RUK_LOAD(in->var, x);                                                                                \
+        double y;                                                                                            \
+        RUK_LOAD(in->var2, y);                                                                               \
+        APPLY;                                                                                               \
+        *sp++ = x;                                                                                           \
         RUK_NEXT;                                                                                            \
     }
 #define RUK_NUMBER_ARITH(OP)                                                                                 \
     x OP y;                                                                                                  \
     if (Q_UNLIKELY(!std::isfinite(x)))                                                                       \
-    throwError(tr("计算结果溢出"))
+    throwOverflow()
 #define RUK_NUMBER_DIVIDE                                                                                    \
     if (Q_UNLIKELY(y == 0.0))                                                                                \
-        throwError(tr("除数为零"));                                                                          \
+        throwDivisionByZero();                                                                               \
     RUK_NUMBER_ARITH(/=)
 #define RUK_NUMBER_COMPARE(RESULT)                                                                           \
     const int c = compareReal(x, y);                                                                         \
     x = (RESULT) ? 1.0 : 0.0
 
-    goto *labels[in->code];
-    RUK_NUMBER_CASES(RukAddF, RUK_NUMBER_ARITH(+=))
-    RUK_NUMBER_CASES(RukSubF, RUK_NUMBER_ARITH(-=))
-    RUK_NUMBER_CASES(RukMulF, RUK_NUMBER_ARITH(*=))
-    RUK_NUMBER_CASES(RukDivF, RUK_NUMBER_DIVIDE)
-    RUK_NUMBER_CASES(RukEqF, RUK_NUMBER_COMPARE(c == 0))
-    RUK_NUMBER_CASES(RukNeF, RUK_NUMBER_COMPARE(c != 0))
-    RUK_NUMBER_CASES(RukLtF, RUK_NUMBER_COMPARE(c < 0))
-    RUK_NUMBER_CASES(RukLeF, RUK_NUMBER_COMPARE(c <= 0))
-    RUK_NUMBER_CASES(RukGtF, RUK_NUMBER_COMPARE(c > 0))
-    RUK_NUMBER_CASES(RukGeF, RUK_NUMBER_COMPARE(c >= 0))
-l_RukLoadVarF:
-    st[sp] = loadFloat(in->a, context);
-    ++sp;
-    RUK_NEXT;
-l_RukPushConst:
-    st[sp] = m_consts[size_t(in->a)].m_v.f;
-    ++sp;
-    RUK_NEXT;
-l_RukNegF:
-    st[sp - 1] = -st[sp - 1];
-    RUK_NEXT;
-l_RukMathF:
-    st[sp - 1] = mathValue(in->a, st[sp - 1]);
-    RUK_NEXT;
-l_RukAndJump:
-    if (st[sp - 1] == 0.0) {
-        in = code + in->a;
-        goto *labels[in->code];
+        goto * in->label;
+        RUK_NUMBER_CASES(RukAddF, RukAdd, RUK_NUMBER_ARITH(+=))
+        RUK_NUMBER_CASES(RukSubF, RukSub, RUK_NUMBER_ARITH(-=))
+        RUK_NUMBER_CASES(RukMulF, RukMul, RUK_NUMBER_ARITH(*=))
+        RUK_NUMBER_CASES(RukDivF, RukDiv, RUK_NUMBER_DIVIDE)
+        RUK_NUMBER_CASES(RukEqF, RukEq, RUK_NUMBER_COMPARE(c == 0))
+        RUK_NUMBER_CASES(RukNeF, RukNe, RUK_NUMBER_COMPARE(c != 0))
+        RUK_NUMBER_CASES(RukLtF, RukLt, RUK_NUMBER_COMPARE(c < 0))
+        RUK_NUMBER_CASES(RukLeF, RukLe, RUK_NUMBER_COMPARE(c <= 0))
+        RUK_NUMBER_CASES(RukGtF, RukGt, RUK_NUMBER_COMPARE(c > 0))
+        RUK_NUMBER_CASES(RukGeF, RukGe, RUK_NUMBER_COMPARE(c >= 0))
+#undef RUK_NUMBER_CASES
+#undef RUK_NUMBER_ARITH
+#undef RUK_NUMBER_DIVIDE
+#undef RUK_NUMBER_COMPARE
+    l_RukLoadVarF:
+        RUK_LOAD(in->var, *sp);
+        ++sp;
+        RUK_NEXT;
+    l_RukPushConst:
+        *sp++ = m_consts[size_t(in->a)].m_v.f;
+        RUK_NEXT;
+    l_RukNegF:
+        sp[-1] = -sp[-1];
+        RUK_NEXT;
+    l_RukMathF:
+        sp[-1] = mathValue(in->a, sp[-1]);
+        RUK_NEXT;
+    l_RukSqrtF:
+        sp[-1] = std::sqrt(sp[-1]);
+        if (Q_UNLIKELY(!std::isfinite(sp[-1])))
+            throwOverflow();
+        RUK_NEXT;
+    l_RukAndJump:
+        if (sp[-1] == 0.0) {
+            in = code + in->a;
+            goto * in->label;
+        }
+        --sp;
+        RUK_NEXT;
+    l_RukOrJump:
+        if (sp[-1] != 0.0) {
+            in = code + in->a;
+            goto * in->label;
+        }
+        --sp;
+        RUK_NEXT;
+    l_RukJumpIfFalse:
+        --sp;
+        if (*sp == 0.0) {
+            in = code + in->a;
+            goto * in->label;
+        }
+        RUK_NEXT;
+#define RUK_COMPARE_JUMP(BASE, RESULT)                                                                       \
+    l_##BASE##VIJ:                                                                                           \
+    {                                                                                                        \
+        double x;                                                                                            \
+        RUK_LOAD(in->var, x);                                                                                \
+        const int c = compareReal(x, in->imm);                                                               \
+        if (!(RESULT)) {                                                                                     \
+            in = code + in->a;                                                                               \
+            goto * in->label;                                                                                \
+        }                                                                                                    \
+        RUK_NEXT;                                                                                            \
+    }                                                                                                        \
+    l_##BASE##VVJ:                                                                                           \
+    {                                                                                                        \
+        double x;                                                                                            \
+        RUK_LOAD(in->var, x);                                                                                \
+        double y;                                                                                            \
+        RUK_LOAD(in->var2, y);                                                                               \
+        const int c = compareReal(x, y);                                                                     \
+        if (!(RESULT)) {                                                                                     \
+            in = code + in->a;                                                                               \
+            goto * in->label;                                                                                \
+        }                                                                                                    \
+        RUK_NEXT;                                                                                            \
     }
-    --sp;
-    RUK_NEXT;
-l_RukOrJump:
-    if (st[sp - 1] != 0.0) {
+        RUK_COMPARE_JUMP(RukEq, c == 0)
+        RUK_COMPARE_JUMP(RukNe, c != 0)
+        RUK_COMPARE_JUMP(RukLt, c < 0)
+        RUK_COMPARE_JUMP(RukLe, c <= 0)
+        RUK_COMPARE_JUMP(RukGt, c > 0)
+        RUK_COMPARE_JUMP(RukGe, c >= 0)
+#undef RUK_COMPARE_JUMP
+    l_RukJump:
         in = code + in->a;
-        goto *labels[in->code];
+        goto * in->label;
+    l_RukToBool: // already a boolean
+        RUK_NEXT;
+    l_RukEqSV:
+    l_RukNeSV : {
+        // The variable is compared where the callback left it: no copy of the text.
+        RukVarNode *handle = in->var;
+        handle->s->value.m_type = RukData::Unknown;
+        impl->queryVarValue(*handle, context);
+        const RukVarState &var = *in->var->s;
+        const RukData &value = Q_LIKELY(var.value.m_type == RukData::String && !var.invalid)
+            ? var.value
+            : loadInPlaceSlow(in->a, in->node);
+        const bool equal = sameText(value.m_s, m_consts[size_t(in->b)].m_s);
+        *sp++ = equal == (in->code == RukEqSV) ? 1.0 : 0.0;
+        RUK_NEXT;
     }
-    --sp;
-    RUK_NEXT;
-l_RukJumpIfFalse:
-    --sp;
-    if (st[sp] == 0.0) {
-        in = code + in->a;
-        goto *labels[in->code];
+#undef RUK_NEXT
+#undef RUK_LOAD
+    l_RukHaltB:
+        m_result.setBoolean(sp[-1] != 0.0);
+        return;
+    l_RukHaltF:
+        m_result.setFloat(sp[-1]);
+        return;
+    l_RukHalt:
+        if (m_numericResult == RukData::Boolean)
+            m_result.setBoolean(sp[-1] != 0.0);
+        else
+            m_result.setFloat(sp[-1]);
+    } catch (...) {
+        resetVarFlags();
+        m_result.clear();
+        throw;
     }
-    RUK_NEXT;
-l_RukJump:
-    in = code + in->a;
-    goto *labels[in->code];
-l_RukToBool: // already a boolean
-    RUK_NEXT;
-l_RukEqSV:
-l_RukNeSV : {
-    const RukData &value = loadInPlace(in->a, in->node, context);
-    const bool equal = value.m_s == m_consts[size_t(in->b)].m_s;
-    st[sp] = equal == (in->code == RukEqSV) ? 1.0 : 0.0;
-    ++sp;
-    RUK_NEXT;
 }
-l_RukHalt:
-    if (m_numericResult == RukData::Boolean)
-        m_result.setBoolean(st[0] != 0.0);
-    else
-        m_result.setFloat(st[0]);
+
+// Rewrites the plain-double program: a variable loaded just before an operation on the
+// immediate or on another variable joins it, a no-op boolean test goes, a square root runs in
+// place, and a jump to the end becomes the end. Same operations in the same order, so the same
+// callbacks, results and failures.
+void RukParserPrivate::fuseNumeric(std::vector<RukInstr> &program)
+{
+    const size_t count = program.size();
+    std::vector<char> target(count + 1, 0);
+    auto isJump = [](int code) {
+        return code == RukAndJump || code == RukOrJump || code == RukJumpIfFalse || code == RukJump
+            || (code >= RukEqVIJ && code <= RukGeVVJ);
+    };
+    for (const RukInstr &in : program) {
+        if (isJump(in.code))
+            target[size_t(in.a)] = 1;
+    }
+    const int halt = m_numericResult == RukData::Boolean ? RukHaltB : RukHaltF;
+    std::vector<RukInstr> out;
+    out.reserve(count);
+    std::vector<int> moved(count + 1, 0); // old index -> new index
+    for (size_t i = 0; i < count; ++i) {
+        moved[i] = int(out.size());
+        RukInstr in = program[i];
+        if (in.code == RukToBool)
+            continue;
+        if (in.code == RukLoadVarF && i + 1 < count && !target[i + 1]) {
+            const RukInstr &next = program[i + 1];
+            const int offset = next.code - RukAddF;
+            if (next.code >= RukAddF && next.code <= RukGeFV && offset % 3 != 0) {
+                const int op = offset / 3; // Add, Sub, Mul, Div, then the comparisons
+                const int withVar = offset % 3 == 2 ? 1 : 0;
+                // Keeps the load's node: a failure names the first variable.
+                RukInstr fused = { RukAddVI + 2 * op + withVar, 0, 0, in.node, { withVar ? 0.0 : next.imm } };
+                fused.var = &m_varHandles[size_t(in.a)];
+                if (withVar)
+                    fused.var2 = &m_varHandles[size_t(next.a)];
+                moved[++i] = int(out.size());
+                if (op >= 4 && i + 1 < count && !target[i + 1] && program[i + 1].code == RukJumpIfFalse) {
+                    fused.code = RukEqVIJ + 2 * (op - 4) + withVar;
+                    fused.a = program[i + 1].a;
+                    moved[++i] = int(out.size());
+                }
+                out.push_back(fused);
+                continue;
+            }
+        }
+        if (in.code == RukLoadVarF || in.code == RukEqSV || in.code == RukNeSV
+            || (in.code >= RukAddF && in.code <= RukGeFV && (in.code - RukAddF) % 3 == 2))
+            in.var = &m_varHandles[size_t(in.a)];
+        else if (in.code == RukMathF && in.a == RukFnSqrt)
+            in.code = RukSqrtF;
+        else if (in.code == RukHalt)
+            in.code = halt;
+        out.push_back(in);
+    }
+    moved[count] = int(out.size());
+    for (RukInstr &in : out) {
+        if (isJump(in.code))
+            in.a = moved[size_t(in.a)];
+    }
+    for (RukInstr &in : out) {
+        if (in.code == RukJump && out[size_t(in.a)].code == halt)
+            in = out[size_t(in.a)];
+    }
+    program.swap(out);
+    m_numericThreaded = false;
 }

@@ -716,6 +716,7 @@ void RukParserPrivate::clearExpression()
     m_program.clear();
     m_genericProgram.clear();
     m_programReady = false;
+    m_numericReady = false;
     m_genericReady = false;
     m_tokenOrder.clear();
 }
@@ -1011,6 +1012,9 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
                 || code == RukEqSV || code == RukNeSV;
     }
     m_numericResult = numeric ? resultType : RukData::Unknown;
-    if (numeric && m_numberStack.size() < size_t(maxDepth))
+    if (!numeric)
+        return;
+    if (m_numberStack.size() < size_t(maxDepth))
         m_numberStack.resize(size_t(maxDepth));
+    fuseNumeric(program);
 }

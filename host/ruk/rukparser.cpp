@@ -17,6 +17,20 @@ RukParser::RukParser(std::shared_ptr<RukParserPrivate> data)
 
 namespace {
 
+// Stands in for a value callback that is not a RukQueryVarValueImpl, or for none.
+class ForwardValue : public RukQueryVarValueImpl
+{
+public:
+    IRukQueryVarValueEvent *target = nullptr;
+
+protected:
+    void queryVarValue(RukVarNode &node, void *context) override
+    {
+        if (target)
+            target->onQueryVarValue(node, context);
+    }
+};
+
 // Every operation on a null handle throws.
 inline RukParserPrivate &checked(const std::shared_ptr<RukParserPrivate> &d)
 {
@@ -38,6 +52,26 @@ void RukParser::setExpression(const QString &text, const RukQueryVarDataTypeEven
 void RukParser::setOnQueryVarValue(const RukQueryVarValueEvent &valueEvent)
 {
     checked(d).setValueEvent(valueEvent.callback());
+}
+
+RukParserPrivate::RukParserPrivate()
+    : m_forward(std::make_unique<ForwardValue>())
+{
+    m_valueImpl = m_forward.get();
+}
+
+RukParserPrivate::~RukParserPrivate() = default;
+
+void RukParserPrivate::setValueEvent(IRukQueryVarValueEvent *event)
+{
+    if (event == m_valueEvent)
+        return;
+    m_valueEvent = event;
+    auto *forward = static_cast<ForwardValue *>(m_forward.get());
+    m_valueImpl = dynamic_cast<RukQueryVarValueImpl *>(event);
+    forward->target = m_valueImpl ? nullptr : event;
+    if (!m_valueImpl)
+        m_valueImpl = forward;
 }
 
 // RukParser::evaluate lives in rukeval.cpp, beside the evaluator it calls.

@@ -8,6 +8,7 @@
 #include <QCoreApplication>
 #include <QString>
 
+#include <memory>
 #include <vector>
 
 // Operation codes of the compiled program; operator nodes keep theirs in RukNodeData::op.
@@ -80,6 +81,44 @@ enum RukCode : int
     RukEqSV, // text variable a against constant b
     RukNeSV,
     RukHalt, // ends a typed program
+    // Fused forms of the plain-double program: variable a against the immediate, or variables
+    // a and b, the result pushed; in the order Add, Sub, Mul, Div, Eq, Ne, Lt, Le, Gt, Ge.
+    RukAddVI,
+    RukAddVV,
+    RukSubVI,
+    RukSubVV,
+    RukMulVI,
+    RukMulVV,
+    RukDivVI,
+    RukDivVV,
+    RukEqVI,
+    RukEqVV,
+    RukNeVI,
+    RukNeVV,
+    RukLtVI,
+    RukLtVV,
+    RukLeVI,
+    RukLeVV,
+    RukGtVI,
+    RukGtVV,
+    RukGeVI,
+    RukGeVV,
+    RukSqrtF,
+    RukHaltB, // ends a plain-double program whose result is a boolean
+    RukHaltF, // ends a plain-double program whose result is floating-point
+    // A fused comparison (VI or VV) followed by a jump to a unless it holds.
+    RukEqVIJ,
+    RukEqVVJ,
+    RukNeVIJ,
+    RukNeVVJ,
+    RukLtVIJ,
+    RukLtVVJ,
+    RukLeVIJ,
+    RukLeVVJ,
+    RukGtVIJ,
+    RukGtVVJ,
+    RukGeVIJ,
+    RukGeVVJ,
     RukCodeCount
 };
 
@@ -143,7 +182,13 @@ struct RukInstr
     int a;
     int b;
     int node;
-    double imm;
+    union {
+        double imm;
+        RukVarNode *var2; // the plain-double program's second variable
+    };
+    // The plain-double program's own: its variable's handle and the label of its code.
+    RukVarNode *var = nullptr;
+    const void *label = nullptr;
 };
 
 // A number read from a text or a value: integer or floating-point.
@@ -174,10 +219,16 @@ class RukParserPrivate
     Q_DECLARE_TR_FUNCTIONS(RukEngine)
 
 public:
+    RukParserPrivate();
+    ~RukParserPrivate();
+    RukParserPrivate(const RukParserPrivate &) = delete;
+    RukParserPrivate &operator=(const RukParserPrivate &) = delete;
+
     void setExpression(const QString &text, IRukQueryVarDataTypeEvent *typeEvent,
         IRukQueryConstValueEvent *constEvent, void *context, const RukNodeMapInfos &nodeMap,
         IRukQueryFunctionEvent *functionEvent);
     void evaluate(IRukQueryVarDataTypeEvent *typeEvent, void *context, const RukNodeMapInfos *nodeMap);
+    void runNumeric(void *context);
     void visitNode(int order, IRukVisitNodeEvent *visitEvent, void *context);
     QString expression(IRukTransTokenEvent *transEvent, void *context);
 
@@ -187,6 +238,9 @@ public:
 
     [[noreturn]] void throwParseError(int position, const QString &detail) const;
     [[noreturn]] static void throwError(const QString &message);
+    // Out of line, so that the evaluator's hot paths hold no message temporaries.
+    [[noreturn]] Q_DECL_COLD_FUNCTION Q_NEVER_INLINE static void throwOverflow();
+    [[noreturn]] Q_DECL_COLD_FUNCTION Q_NEVER_INLINE static void throwDivisionByZero();
 
     QString m_text;
     std::vector<RukNodeData> m_nodes;
@@ -208,14 +262,15 @@ public:
     std::vector<RukData> m_stack;
     std::vector<int> m_tokenOrder; // token nodes by position, built on the first expression()
     IRukQueryVarValueEvent *m_valueEvent = nullptr;
-    RukQueryVarValueImpl *m_valueImpl = nullptr; // m_valueEvent when it is one: one virtual call less
-    void setValueEvent(IRukQueryVarValueEvent *event)
-    {
-        if (event == m_valueEvent)
-            return;
-        m_valueEvent = event;
-        m_valueImpl = dynamic_cast<RukQueryVarValueImpl *>(event);
-    }
+    // Never null: m_valueEvent when it is one (one virtual call less), else m_forward, which
+    // passes the call on to m_valueEvent, if any. Its type lives in rukparser.cpp only, so that
+    // the evaluator's compiler does not guess at the callback's type.
+    RukQueryVarValueImpl *m_valueImpl;
+    std::unique_ptr<RukQueryVarValueImpl> m_forward;
+    void setValueEvent(IRukQueryVarValueEvent *event);
+    // The plain-double program is compiled and may run straight from RukParser::evaluate.
+    bool m_numericReady = false;
+    bool m_numericThreaded = false; // the labels of m_program are filled in
     RukData m_result;
     bool m_ready = false;
 
@@ -227,9 +282,11 @@ private:
     void loadVar(const RukInstr &in, RukData &dst, IRukQueryVarDataTypeEvent *typeEvent, void *context,
         const RukNodeMapInfos *nodeMap);
     double loadFloat(int var, void *context);
-    void runNumeric(void *context);
+    void fuseNumeric(std::vector<RukInstr> &program);
     double loadFloatSlow(int var);
+    Q_DECL_COLD_FUNCTION Q_NEVER_INLINE double loadFloatSlow(const RukVarNode *handle);
     const RukData &loadInPlace(int var, int node, void *context);
+    Q_DECL_COLD_FUNCTION Q_NEVER_INLINE const RukData &loadInPlaceSlow(int var, int node);
     void varSlow(const RukInstr &in, RukData &dst);
     void resetVarFlags();
     void convertVar(const RukInstr &in, RukData &dst);

@@ -9,6 +9,11 @@ enum class Walk
     Malformed
 };
 
+inline ushort lowerAscii(ushort u)
+{
+    return ushort(uint(u - 'A') < 26u ? u + 32 : u);
+}
+
 // Calls emit(unit) with the UTF-16 units of QString::toLower() of [p, end) without building it.
 // toLower maps every code point through its simple lowercase mapping, except U+0130 which
 // becomes "i" + U+0307. A lone surrogate answers Malformed at once: toLower() has rules of its
@@ -20,7 +25,7 @@ inline Walk walkLower(const QChar *p, const QChar *end, Emit emit)
         const ushort u = p->unicode();
         ++p;
         if (u < 0x80) {
-            if (!emit(ushort(uint(u - 'A') < 26u ? u + 32 : u)))
+            if (!emit(lowerAscii(u)))
                 return Walk::Stopped;
             continue;
         }
@@ -63,7 +68,11 @@ uint RixMemFieldNameIndex::hashLowered(const QString &name)
 {
     uint h = 2166136261u;
     const QChar *p = name.constData();
-    const Walk walk = walkLower(p, p + name.size(), [&h](ushort unit) {
+    const QChar *const end = p + name.size();
+    // Field names are mostly ASCII: lower those units inline, walk the rest.
+    for (; p != end && p->unicode() < 0x80; ++p)
+        hashUnit(h, lowerAscii(p->unicode()));
+    const Walk walk = walkLower(p, end, [&h](ushort unit) {
         hashUnit(h, unit);
         return true;
     });
@@ -78,9 +87,14 @@ uint RixMemFieldNameIndex::hashLowered(const QString &name)
 bool RixMemFieldNameIndex::equalsLowered(const QString &lowerKey, const QString &name)
 {
     const QChar *k = lowerKey.constData();
-    const QChar *kEnd = k + lowerKey.size();
+    const QChar *const kEnd = k + lowerKey.size();
     const QChar *p = name.constData();
-    const Walk walk = walkLower(p, p + name.size(), [&k, kEnd](ushort unit) {
+    const QChar *const end = p + name.size();
+    for (; p != end && p->unicode() < 0x80; ++p, ++k) {
+        if (k == kEnd || k->unicode() != lowerAscii(p->unicode()))
+            return false;
+    }
+    const Walk walk = walkLower(p, end, [&k, kEnd](ushort unit) {
         if (k == kEnd || k->unicode() != unit)
             return false;
         ++k;

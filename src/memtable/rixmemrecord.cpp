@@ -1,11 +1,14 @@
 #include "rixmemrecord.h"
 
+#include "rixmemexprtypes_p.h"
 #include "rixmemfield.h"
+#include "rixmemfieldconstraintcheckparser.h"
 #include "rixmemfields.h"
 #include "rixmemtable.h"
 #include "rixmemtable_p.h"
 
 #include <sefcommon.h>
+#include <tovexception.h>
 
 RixMemRecord::RixMemRecord(RixMemTable *table)
     : m_table(table)
@@ -35,16 +38,27 @@ int RixMemRecord::index() const
 
 QVariant RixMemRecord::getVariant(int index) const
 {
+    return effectiveValue(index);
+}
+
+const QVariant &RixMemRecord::effectiveValue(int index) const
+{
+    static const QVariant null;
     const RixMemRecord *record = this;
     // Follows the reference chain iteratively: a long chain must not exhaust the stack.
     for (;;) {
         if (index < 0 || index >= record->m_values.size())
-            return QVariant();
+            return null;
         const QVariant &value = record->m_values.at(index);
-        if (!value.isNull() || !record->m_refRecord)
+        if (!record->m_refRecord || !rixIsNull(value))
             return value;
         record = record->m_refRecord;
     }
+}
+
+bool RixMemRecord::usesFields(const RixMemFields *fields) const
+{
+    return m_table && m_table->fields() == fields;
 }
 
 QVariant RixMemRecord::getVariant(const QString &name) const
@@ -122,6 +136,8 @@ void RixMemRecord::setAsString(int index, const QString &value, bool check)
     // An empty entry goes on even when unchanged, so that a requested check sees it.
     if (asString(index) == value && !(value.isEmpty() && check))
         return;
+    if (check)
+        checkValue(index, value);
     QVariant variant(value);
     if (m_needConvert && m_table) {
         RixMemFields *fields = m_table->fields();
@@ -147,6 +163,41 @@ void RixMemRecord::setAsString(const QString &name, const QString &value, bool c
 void RixMemRecord::setAsString(const wchar_t *name, const QString &value, bool check)
 {
     setAsString(QString::fromWCharArray(name), value, check);
+}
+
+QVariant RixMemRecord::asExprValue(const QString &name, RixMemRecordExprVarQuerier *querier)
+{
+    const QVariant value = getVariant(name);
+    if (value.isNull() || value.type() != QVariant::String)
+        return value;
+    const QString text = value.toString();
+    if (text.isEmpty() || SefCommon::isNumeric(text))
+        return value;
+    RixMemTable *table = m_ownerTable ? m_ownerTable : m_table;
+    return table ? table->calcExprVal(text, querier, this) : value;
+}
+
+void RixMemRecord::checkValue(int index, const QString &value)
+{
+    QString message;
+    RixMemFields *fields = m_table ? m_table->fields() : nullptr;
+    RixMemField *field = fields && index >= 0 && index < fields->count() ? fields->items(index) : nullptr;
+    if (!field || validate(field, value, message))
+        return;
+    if (message.isEmpty())
+        message = RixMemTable::tr("属性值[%1]非法").arg(value, 0, QLatin1Char(' '));
+    throw TovException(message, -1);
+}
+
+bool RixMemRecord::validate(RixMemField *field, const QString &value, QString &message)
+{
+    if (field->constraintExpr().isEmpty())
+        return true;
+    RixMemFieldConstraintCheckParser parser(this);
+    if (parser.validate(field->constraintExpr(), field, value))
+        return true;
+    message = field->constraintMsg();
+    return false;
 }
 
 void RixMemRecord::assign(RixMemRecord *other)

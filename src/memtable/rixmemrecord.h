@@ -8,6 +8,8 @@
 #include <QVector>
 
 class RixMemField;
+class RixMemFields;
+class RixMemRecordExprVarQuerier;
 class RixMemTable;
 
 // One row of a memory table: a value per field, by field index. A record with a reference record
@@ -59,11 +61,16 @@ public:
     bool asBoolean(const wchar_t *name) const;
 
     // Stores typed-in text when it differs from the current text (converted to the field's type
-    // when needConvert() is set and the text converts). An unknown name is ignored.
-    // The field constraint is not evaluated yet: check only makes an unchanged empty entry go on
-    // to be stored.
+    // when needConvert() is set and the text converts). An unknown name is ignored. With check,
+    // the field's constraint must hold for the text first (an unchanged empty entry is checked
+    // too): otherwise TovException with the field's message, or "属性值[value]非法", is thrown
+    // and the record is unchanged.
     void setAsString(const QString &name, const QString &value, bool check);
     void setAsString(const wchar_t *name, const QString &value, bool check);
+
+    // The value of name; a text that is neither empty nor a plain number is an expression and is
+    // evaluated for this record by the table (querier asked first for its variables).
+    QVariant asExprValue(const QString &name, RixMemRecordExprVarQuerier *querier);
 
     // The stored values, without the reference record's.
     QVector<QVariant> getValues() const { return m_values; }
@@ -82,9 +89,20 @@ protected:
     void setAsString(int index, const QString &value, bool check);
     int filedIndex(const QString &name) const;
     int filedIndex(const wchar_t *name) const;
+    // Throws TovException (code -1) when the constraint of the field at index fails for value.
+    void checkValue(int index, const QString &value);
+    // Whether field's constraint holds for value; message is the field's constraint message when
+    // it does not.
+    bool validate(RixMemField *field, const QString &value, QString &message);
 
 private:
     friend class RixMemTable;
+    friend class RixMemRecordExprParser;
+
+    // getVariant() without the copy; a shared null value out of range.
+    const QVariant &effectiveValue(int index) const;
+    // Whether the creating table's (effective) field set is fields.
+    bool usesFields(const RixMemFields *fields) const;
 
     int m_iD = 0;
     QVector<QVariant> m_values;

@@ -3,18 +3,20 @@
 
 #include "rixmemfield.h"
 #include "rixmemfields.h"
+#include "rixmemjsonreader_p.h"
 #include "rixmemrecord.h"
 #include "rixmemtableview.h"
 
+#include <QCborMap>
+#include <QCborValue>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QJsonValue>
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
-#include <limits>
+#include <vector>
 
 namespace {
 
@@ -44,32 +46,18 @@ QString decodeCell(const char *begin, const char *end)
     return text + QString::fromUtf8(begin, int(end - begin));
 }
 
-// json.toVariant(), converted to type when it converts. Texts, booleans and numbers that
-// plainly fit the type are made directly: the same variants, without the conversion machinery.
-QVariant jsonToVariant(const QJsonValue &json, int type)
+// The first record of refTable whose "ID" compares equal to refId; null for -1 or no match.
+RixMemRecord *findRefRecord(const RixMemTable *refTable, int refIdIndex, int refId)
 {
-    if (json.isString()) {
-        if (type == QMetaType::QString || type == QMetaType::UnknownType)
-            return QVariant(json.toString());
-    } else if (json.isBool()) {
-        if (type == QMetaType::Bool || type == QMetaType::UnknownType)
-            return QVariant(json.toBool());
-    } else if (json.isDouble()) {
-        const double number = json.toDouble();
-        if (type == QMetaType::Double)
-            return QVariant(number);
-        if (type == QMetaType::Int && number == std::trunc(number)
-            && number >= std::numeric_limits<int>::min() && number <= std::numeric_limits<int>::max())
-            return QVariant(int(number));
+    if (refId == -1)
+        return nullptr;
+    const QVariant wanted(refId);
+    for (int i = 0; i < refTable->recordCount(); ++i) {
+        RixMemRecord *candidate = refTable->items(i);
+        if (candidate->getVariant(refIdIndex) == wanted)
+            return candidate;
     }
-    QVariant value = json.toVariant();
-    if (type != QMetaType::UnknownType && value.userType() != type && value.canConvert(type)) {
-        QVariant converted = value;
-        // A value that does not convert is kept as it is.
-        if (converted.convert(type))
-            value = converted;
-    }
-    return value;
+    return nullptr;
 }
 
 } // namespace
@@ -301,6 +289,25 @@ void RixMemTable::sortByField(QString fieldName)
     });
 }
 
+QVariant RixMemTable::calcExprVal(
+    const QString &expr, RixMemRecordExprVarQuerier *querier, RixMemRecord *record)
+{
+    if (d->calcDepth != 0) {
+        RixMemRecordExprParser nested(d->fields.get());
+        return nested.asVariant(expr, querier, record);
+    }
+    struct Depth
+    {
+        int &depth;
+        ~Depth() { --depth; }
+    } depth { d->calcDepth };
+    d->calcDepth = 1;
+    // The own field set is replaced by setRefTable: a parser over the old one must not survive it.
+    if (!d->exprParser || d->exprParser->fields() != d->fields.get())
+        d->exprParser = std::make_unique<RixMemRecordExprParser>(d->fields.get());
+    return d->exprParser->asVariant(expr, querier, record);
+}
+
 RixMemTableView *RixMemTable::createView(
     const QString &name, std::function<void(RixMemRecord *, bool &)> filter)
 {
@@ -470,7 +477,32 @@ void RixMemTable::loadFromString(QString text, QChar separator, const QStringLis
 void RixMemTable::loadFromJson(const QByteArray &json)
 {
     clear();
-    loadFromJson(QJsonDocument::fromJson(json).array());
+    // The rows are read in full before any is added, so that bytes the reader declines leave
+    // nothing behind and load through the document as before.
+    const RixMemJsonReader::Access access { [this] { return createRecord(); },
+        [](RixMemRecord *record, int index, const QVariant &value) { record->setVariant(index, value); } };
+    std::vector<RixMemJsonReader::Row> rows;
+    if (!RixMemJsonReader::read(json, fields(), access, rows)) {
+        loadFromJson(QJsonDocument::fromJson(json).array());
+        return;
+    }
+    if (rows.empty())
+        return;
+    const int idIndex = filedIndex(idFieldName());
+    RixMemTable *refTable = d->refTable;
+    const int refIdIndex = refTable ? refTable->filedIndex(idFieldName()) : -1;
+    d->records.reserve(int(rows.size()));
+    for (const RixMemJsonReader::Row &row : rows) {
+        RixMemRecord *record = row.record;
+        record->setID(genID());
+        if (!refTable) {
+            // Continues from the largest "ID", without adding one.
+            d->nextID = qMax(d->nextID, record->getVariant(idIndex).toInt());
+        } else {
+            record->setRefRecord(findRefRecord(refTable, refIdIndex, row.refId));
+        }
+        appendRecord(record);
+    }
 }
 
 void RixMemTable::loadFromJson(const QJsonArray &array)
@@ -483,32 +515,44 @@ void RixMemTable::loadFromJson(const QJsonArray &array)
     RixMemTable *refTable = d->refTable;
     const int refIdIndex = refTable ? refTable->filedIndex(idFieldName()) : -1;
     const QString refIdKey = QStringLiteral("_RefID");
+    d->records.reserve(array.size());
 
+    // Rows mostly repeat the previous row's keys. A key is compared with the previous row's key
+    // at the same position in the document's own storage (as a CBOR value, which needs no text
+    // copy); only a different key is looked up by name.
+    QVector<QCborValue> lastKeys;
+    QVector<int> lastFields;
     for (const QJsonValue element : array) {
         const QJsonObject object = element.toObject();
+        const QCborMap keys = QCborMap::fromJsonObject(object);
         RixMemRecord *record = newRecord();
-        for (auto it = object.constBegin(); it != object.constEnd(); ++it) {
-            const int index = tableFields->filedIndex(it.key());
+        auto keyIt = keys.constBegin();
+        int position = 0;
+        for (auto it = object.constBegin(); it != object.constEnd(); ++it, ++keyIt, ++position) {
+            const QCborValue key = keyIt.key();
+            int index;
+            if (position < lastKeys.size() && lastKeys.at(position) == key) {
+                index = lastFields.at(position);
+            } else {
+                index = tableFields->filedIndex(it.key());
+                if (position < lastKeys.size()) {
+                    lastKeys[position] = key;
+                    lastFields[position] = index;
+                } else {
+                    lastKeys.append(key);
+                    lastFields.append(index);
+                }
+            }
             if (index < 0)
                 continue;
-            record->setVariant(index, jsonToVariant(it.value(), tableFields->items(index)->dataType()));
+            record->setVariant(
+                index, RixMemJsonReader::toVariant(it.value(), tableFields->items(index)->dataType()));
         }
         if (!refTable) {
             // Continues from the largest "ID", without adding one.
             d->nextID = qMax(d->nextID, record->getVariant(idIndex).toInt());
         } else {
-            const int refId = object.value(refIdKey).toInt(-1);
-            RixMemRecord *refRecord = nullptr;
-            if (refId != -1) {
-                const QVariant wanted(refId);
-                for (RixMemRecord *candidate : qAsConst(refTable->d->records)) {
-                    if (candidate->getVariant(refIdIndex) == wanted) {
-                        refRecord = candidate;
-                        break;
-                    }
-                }
-            }
-            record->setRefRecord(refRecord);
+            record->setRefRecord(findRefRecord(refTable, refIdIndex, object.value(refIdKey).toInt(-1)));
         }
         appendRecord(record);
     }

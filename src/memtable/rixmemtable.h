@@ -14,6 +14,7 @@
 class RixMemField;
 class RixMemFields;
 class RixMemRecord;
+class RixMemRecordExprVarQuerier;
 class RixMemTablePrivate;
 class RixMemTableView;
 
@@ -76,6 +77,12 @@ public:
     // Ascending, unstable. Int and Double fields compare by their integer conversion; a field of
     // any other type leaves every pair equal.
     void sortByField(QString fieldName);
+
+    // The value of expr for record, its variables answered by querier first, then by the record's
+    // fields; null when the engine fails (written to the debug output). An evaluation started
+    // from inside another one (a querier or value that is itself an expression) gets a parser
+    // of its own, so that the outer one is not disturbed.
+    QVariant calcExprVal(const QString &expr, RixMemRecordExprVarQuerier *querier, RixMemRecord *record);
 
     // A view of all records narrowed by filter (none when empty), named name. The table is the
     // view's parent: it is deleted with the table unless the caller deletes it first.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "rixmemfields.h"
+#include "rixmemrecordexprparser.h"
 
 #include <QList>
 #include <QString>
@@ -31,4 +32,7 @@ public:
     QString tableName;
     RixMemTable *refTable = nullptr;
     QList<RixMemRecordBorrower *> borrowers;
+    // Kept for reuse by calcExprVal; made over fields, and made again when fields changes.
+    std::unique_ptr<RixMemRecordExprParser> exprParser;
+    int calcDepth = 0;
 };

@@ -5,12 +5,14 @@
 #include <sefcommon.h>
 
 #include <QFile>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QPointer>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <algorithm>
 #include <memory>
 
 namespace {
@@ -42,6 +44,28 @@ void addFields(RixMemTable &table, const QString &spec)
         table.addField(name, QString(), QVariant::String);
 }
 
+// Equal values of equal types, nested ones included.
+bool sameVariant(const QVariant &a, const QVariant &b)
+{
+    if (a.userType() != b.userType() || a.isNull() != b.isNull())
+        return false;
+    if (a.userType() == QMetaType::QVariantList) {
+        const QVariantList x = a.toList();
+        const QVariantList y = b.toList();
+        return x.size() == y.size()
+            && std::equal(x.begin(), x.end(), y.begin(),
+                [](const QVariant &p, const QVariant &q) { return sameVariant(p, q); });
+    }
+    if (a.userType() == QMetaType::QVariantMap) {
+        const QVariantMap x = a.toMap();
+        const QVariantMap y = b.toMap();
+        return x.keys() == y.keys()
+            && std::equal(x.begin(), x.end(), y.begin(),
+                [](const QVariant &p, const QVariant &q) { return sameVariant(p, q); });
+    }
+    return a == b;
+}
+
 QString savedJson(RixMemTable &table)
 {
     QByteArray json("untouched");
@@ -69,6 +93,8 @@ private slots:
     void loadFromJson();
     void loadFromJsonConvertsToFieldTypes();
     void loadFromJsonOverReference();
+    void loadFromJsonMatchesDocument_data();
+    void loadFromJsonMatchesDocument();
     void saveToJson_data();
     void saveToJson();
     void layerSavesOnlyChanges();
@@ -357,6 +383,117 @@ void TestRixMemTable::loadFromJsonOverReference()
     // Over a reference table the "ID" values do not move the numbering.
     const std::unique_ptr<RixMemRecord> next(layer.newRecord());
     QCOMPARE(next->iD(), 4);
+}
+
+void TestRixMemTable::loadFromJsonMatchesDocument_data()
+{
+    QTest::addColumn<QByteArray>("json");
+    QTest::addColumn<int>("rows");
+    QTest::addColumn<int>("anyType"); // of the first row's "Any" value
+
+    const auto row = [](const char *name, const QByteArray &json, int rows, int anyType) {
+        QTest::newRow(name) << json << rows << anyType;
+    };
+    const int longLong = QMetaType::LongLong;
+    const int text = QMetaType::QString;
+    row("integer text is a long long", R"([{"Any":9223372036854775807}])", 1, longLong);
+    row("integral fraction is a long long", R"([{"Any":-0.0}])", 1, longLong);
+    row("integral exponent is a long long", R"([{"Any":1.5e2}])", 1, longLong);
+    row("integer beyond 64 bits is a double", R"([{"Any":9223372036854775808}])", 1, QMetaType::Double);
+    row("fraction is a double", R"([{"Any":0.1,"Width":7}])", 1, QMetaType::Double);
+    row("null", R"([{"Any":null,"Name":null}])", 1, QMetaType::Nullptr);
+    row("nested array", R"([{"Any":[1,1.0,0.5,{"b":[]}],"Name":[2]}])", 1, QMetaType::QVariantList);
+    row("nested object with a repeated key", R"([{"Any":{"b":1,"a":2,"b":3},"ID":{"x":1}}])", 1,
+        QMetaType::QVariantMap);
+    row("nesting deeper than the reader goes",
+        "[{\"Any\":" + QByteArray(100, '[') + QByteArray(100, ']') + "}]", 1, QMetaType::QVariantList);
+    row("repeated key: the last wins", R"([{"Any":1,"Name":"a","Any":"x"},{"Any":2}])", 2, text);
+    row("escaped surrogate pair", R"([{"Any":"\ud83d\ude00\u00e9\n"}])", 1, text);
+    row("escaped lone surrogates are kept", R"([{"Any":"\udc00x","Name":"\ud800"}])", 1, text);
+    row("byte-order mark inside a text is kept",
+        "[{\"Any\":\"\xEF\xBB\xBF"
+        "a\"}]",
+        1, text);
+    row("byte-order mark at the start of a key is dropped",
+        "[{\"\xEF\xBB\xBF"
+        "Any\":1}]",
+        1, longLong);
+    row("byte-order mark before the document", "\xEF\xBB\xBF[{\"Any\":true}]", 1, QMetaType::Bool);
+    row("control character in a text", "[{\"Any\":\"a\x01\"}]", 1, text);
+    row("unknown escape", R"([{"Any":"\x"}])", 1, text);
+    row("number ending in a point", R"([{"Any":1.}])", 1, longLong);
+    row("elements that are not objects", R"([1,"x",null,[{"Any":1}],{"Any":true}])", 5,
+        QMetaType::UnknownType);
+    row("number too large fails the document", R"([{"Any":1},{"Any":1e400}])", 0, 0);
+    row("number underflowing fails the document", R"([{"Any":1},{"Any":1e-400}])", 0, 0);
+    row("invalid UTF-8 fails the document", "[{\"Any\":1},{\"Any\":\"\xC3\x28\"}]", 0, 0);
+    row("NUL byte after the document", QByteArray("[{\"Any\":1}]\0 x", 14), 0, 0);
+    row("text after the document fails it", R"([{"Any":1}] x)", 0, 0);
+    row("an object, not an array", R"({"Any":1})", 0, 0);
+    row("repeated reference key: the last wins", R"([{"_RefID":1,"_RefID":2},{"_RefID":1.0}])", 2,
+        QMetaType::UnknownType);
+}
+
+// Loading the bytes gives what loading the document made of them gives: values and their
+// types, identity numbers and, over a reference table, reference records.
+void TestRixMemTable::loadFromJsonMatchesDocument()
+{
+    QFETCH(QByteArray, json);
+    QFETCH(int, rows);
+    QFETCH(int, anyType);
+
+    const auto setUp = [](RixMemTable &table) {
+        table.addField(QStringLiteral("ID"), QString(), QVariant::Int);
+        table.addField(QStringLiteral("Name"), QString(), QVariant::String);
+        table.addField(QStringLiteral("Width"), QString(), QVariant::Double);
+        table.addField(QStringLiteral("Any"), QString(), QVariant::Invalid);
+    };
+    RixMemTable base;
+    setUp(base);
+    base.loadFromJson(QByteArray(R"([{"ID":1,"Name":"a"},{"ID":2,"Name":"b"}])"));
+    const QJsonArray document = QJsonDocument::fromJson(json).array();
+    for (RixMemTable *refTable : { static_cast<RixMemTable *>(nullptr), &base }) {
+        RixMemTable actual;
+        RixMemTable expected;
+        if (refTable) {
+            actual.setRefTable(refTable);
+            expected.setRefTable(refTable);
+        } else {
+            setUp(actual);
+            setUp(expected);
+        }
+        actual.loadFromJson(json);
+        expected.loadFromJson(document);
+        QCOMPARE(actual.recordCount(), rows);
+        QCOMPARE(expected.recordCount(), rows);
+        for (int i = 0; i < rows; ++i) {
+            QCOMPARE(actual.items(i)->iD(), expected.items(i)->iD());
+            QCOMPARE(actual.items(i)->refRecord(), expected.items(i)->refRecord());
+            for (int f = 0; f < actual.fields()->count(); ++f) {
+                const QVariant a = actual.items(i)->getVariant(f);
+                const QVariant e = expected.items(i)->getVariant(f);
+                if (!sameVariant(a, e))
+                    QFAIL(qPrintable(QStringLiteral("row %1 field %2: %3 %4 against %5 %6")
+                                         .arg(i)
+                                         .arg(f)
+                                         .arg(QLatin1String(a.typeName()), a.toString(),
+                                             QLatin1String(e.typeName()), e.toString())));
+            }
+        }
+        if (rows > 0 && !refTable)
+            QCOMPARE(actual.items(0)->getVariant(QStringLiteral("Any")).userType(), anyType);
+        const std::unique_ptr<RixMemRecord> actualNext(actual.newRecord());
+        const std::unique_ptr<RixMemRecord> expectedNext(expected.newRecord());
+        QCOMPARE(actualNext->iD(), expectedNext->iD());
+    }
+    // The reference key picks the reference record.
+    if (QTest::currentDataTag() == QLatin1String("repeated reference key: the last wins")) {
+        RixMemTable layer;
+        layer.setRefTable(&base);
+        layer.loadFromJson(json);
+        QCOMPARE(layer.items(0)->refRecord(), base.items(1));
+        QCOMPARE(layer.items(1)->refRecord(), base.items(0));
+    }
 }
 
 void TestRixMemTable::saveToJson_data()

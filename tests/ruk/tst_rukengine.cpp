@@ -110,6 +110,8 @@ private slots:
     void typeChangeAtEvaluateRecompiles();
     void lazyBranches_data();
     void lazyBranches();
+    void floatPrograms_data();
+    void floatPrograms();
     void walks_data();
     void walks();
     void rebuild_data();
@@ -560,6 +562,100 @@ void TestRukEngine::lazyBranches()
     parser.evaluate();
     QCOMPARE(describe(parser.result()), expected);
     QCOMPARE(vars.valueAsked, asked);
+}
+
+void TestRukEngine::floatPrograms_data()
+{
+    QTest::addColumn<QString>("expression");
+    QTest::addColumn<QString>("expected"); // type:text or the message
+    QTest::addColumn<QStringList>("asked");
+
+    const QStringList xw { "x", "宽度" };
+    QTest::newRow("variable against variable")
+        << "x*宽度 + x/宽度 - (x-宽度)"
+        << "11:8.833333333333334" << QStringList({ "x", "宽度", "x", "宽度", "x", "宽度" });
+    QTest::newRow("variable against an immediate") << "x*2 - 宽度/4 + x"
+                                                   << "11:6.75" << QStringList({ "x", "宽度", "x" });
+    QTest::newRow("comparison of variables picks the then branch")
+        << "if(宽度 > x, x, 宽度)"
+        << "11:2.5" << QStringList({ "宽度", "x", "x" });
+    QTest::newRow("the then branch ends the program") << "if(x >= 宽度, x, 宽度) + 0"
+                                                      << "11:3" << QStringList({ "x", "宽度", "宽度" });
+    QTest::newRow("if as the whole expression") << "if(x = 宽度, x, 宽度)"
+                                                << "11:3" << QStringList({ "x", "宽度", "宽度" });
+    QTest::newRow("comparison with an immediate picks the then branch")
+        << "if(x < 3, x, 宽度)"
+        << "11:2.5" << QStringList({ "x", "x" });
+    QTest::newRow("comparison with an immediate picks the else branch")
+        << "if(x >= 3, x, 宽度) - 1"
+        << "11:2" << QStringList({ "x", "宽度" });
+    QTest::newRow("and over fused comparisons") << "x > 2 and 宽度 <= 10"
+                                                << "13:true" << xw;
+    QTest::newRow("or jumps past a dropped boolean test")
+        << "(x < 2 or 宽度 = 3) and x != 宽度"
+        << "13:true" << QStringList({ "x", "宽度", "x", "宽度" });
+    QTest::newRow("if over and, then a sum") << "if(x > 2 and x < 宽度, 1, 2) + x"
+                                             << "11:3.5" << QStringList({ "x", "x", "宽度", "x" });
+    QTest::newRow("square root in place")
+        << "sqrt(x*x + 宽度*宽度)"
+        << "11:3.905124837953327" << QStringList({ "x", "x", "宽度", "宽度" });
+    QTest::newRow("square root of a negative") << "sqrt(x - 宽度)"
+                                               << "计算结果溢出" << xw;
+    QTest::newRow("first variable without a value asks no further")
+        << "m * x"
+        << "变量[m]没有值" << QStringList({ "m" });
+    QTest::newRow("second variable without a value") << "x * m"
+                                                     << "变量[m]没有值" << QStringList({ "x", "m" });
+    QTest::newRow("invalid variable against an immediate") << "bad > 1"
+                                                           << "变量[bad]的值无效" << QStringList({ "bad" });
+    QTest::newRow("division of variables by zero") << "x / z"
+                                                   << "除数为零" << QStringList({ "x", "z" });
+    QTest::newRow("integer value converted in a fused load") << "i + x"
+                                                             << "11:9.5" << QStringList({ "i", "x" });
+}
+
+// Programs over variables announced as floating-point run on plain doubles; their operations are
+// fused, and must still ask for each variable node once, in order, and fail where the generic
+// program fails.
+void TestRukEngine::floatPrograms()
+{
+    QFETCH(QString, expression);
+    QFETCH(QString, expected);
+    QFETCH(QStringList, asked);
+    Vars vars;
+    standardVars(vars);
+    for (const char *name : { "i", "m", "z", "bad" })
+        vars.types.insert(QString::fromLatin1(name), RukData::Float);
+    vars.values.insert(QStringLiteral("z"), RukData::fromFloat(0));
+    RukParser parser = rukEngine().createParser();
+    parser.setOnQueryVarValue(&vars);
+    parser.setExpression(expression, &vars);
+    auto run = [&](IRukQueryVarDataTypeEvent *types) {
+        vars.valueAsked.clear();
+        try {
+            parser.evaluate(types);
+            return describe(parser.result());
+        } catch (const SefException &e) {
+            [&] { QVERIFY(!parser.result().isValid()); }();
+            return e.message();
+        }
+    };
+    // Twice: the first evaluation compiles, the second runs the compiled program.
+    for (int round = 0; round < 2; ++round) {
+        QCOMPARE(run(nullptr), expected);
+        QCOMPARE(vars.valueAsked, asked);
+    }
+    // The generic program agrees.
+    QCOMPARE(run(&vars), expected);
+    QCOMPARE(vars.valueAsked, asked);
+    // A failure leaves no mark: the next good evaluation succeeds.
+    vars.values.insert(QStringLiteral("m"), RukData::fromFloat(1));
+    vars.values.insert(QStringLiteral("z"), RukData::fromFloat(1));
+    vars.invalid.clear();
+    vars.values.insert(QStringLiteral("bad"), RukData::fromFloat(2));
+    vars.values.insert(QStringLiteral("x"), RukData::fromFloat(4));
+    QVERIFY(!run(nullptr).isEmpty());
+    QVERIFY(parser.result().isValid());
 }
 
 void TestRukEngine::walks_data()

@@ -1,16 +1,26 @@
 // tovutil demo: what a host module does with a rule table. It defines typed fields, fills the
-// table from JSON, layers a project table over it, changes one value and saves the layer.
+// table from JSON, layers a project table over it, changes one value and saves the layer; then
+// types entries in with their constraints checked, filters a view by a record expression and
+// computes properties from the rule it finds.
 #include "commandregistry.h"
 #include "tableprinter.h"
 
 #include <rixmemfield.h>
 #include <rixmemfields.h>
 #include <rixmemrecord.h>
+#include <rixmemrecordexprparser.h>
 #include <rixmemtable.h>
+#include <rixmemtableview.h>
+#include <sefdebugoutput.h>
+#include <tovexception.h>
+#include <tovmemproperties.h>
+#include <tovmempropertiesexprparser.h>
 
 #include <QCommandLineParser>
 #include <QDir>
 #include <QFile>
+
+#include <memory>
 
 namespace {
 
@@ -59,13 +69,106 @@ void printFields(RixMemTable &rules)
     TovTablePrinter::print(tovOut(), listing, TovTablePrinter::Format::Text);
 }
 
+// A typed entry with the check requested, as an editor does: the stored value, or the message.
+void typeIn(RixMemRecord *record, const QString &field, const QString &caption, const QString &text)
+{
+    const QString before = record->asString(field);
+    tovOut() << "  " << caption << " " << before << " -> " << text << ": ";
+    try {
+        record->setAsString(field, text, true);
+        const QVariant stored = record->getVariant(field);
+        tovOut() << "accepted, stored as " << QVariant::typeToName(stored.type()) << " "
+                 << record->asString(field) << '\n';
+    } catch (const TovException &e) {
+        tovOut() << "rejected: " << e.message() << " (still " << record->asString(field) << ")\n";
+    }
+}
+
+void printView(RixMemTable &table, RixMemTableView &view)
+{
+    RixMemTable shown;
+    shown.setRefTable(&table);
+    for (RixMemRecord *record : view.records()) {
+        RixMemRecord *row = shown.newRecord();
+        row->setRefRecord(record);
+        shown.appendRecord(row);
+    }
+    TovTablePrinter::Options named;
+    named.displayNames = true;
+    TovTablePrinter::print(tovOut(), shown, TovTablePrinter::Format::Text, named);
+}
+
+// Steps 7 to 9: the typical road of a host module's editor over the rule table.
+void typicalRoad(RixMemTable &rules)
+{
+    heading(
+        QStringLiteral("7. Rule 1 typed in, checked against the fields' constraints (\"#\" is the text)"));
+    RixMemRecord *rule = rules.items(0);
+    rule->setNeedConvert(true);
+    const QString ratio = QStringLiteral("Ratio");
+    const QString height = QStringLiteral("HeightLimit");
+    tovOut() << QStringLiteral("  constraints: 坡率 %1 (message \"%2\"), 高度上限 %3 (no message)\n")
+                    .arg(rules.findField(ratio)->constraintExpr(), rules.findField(ratio)->constraintMsg(),
+                        rules.findField(height)->constraintExpr());
+    // A failed check also writes the engine's reason to the debug output; the message is what the
+    // user sees.
+    const SefDebugOutput::Handler previous = SefDebugOutput::setHandler([](const QString &) {});
+    typeIn(rule, ratio, QStringLiteral("坡率"), QStringLiteral("5"));
+    typeIn(rule, height, QStringLiteral("高度上限"), QStringLiteral("-2"));
+    typeIn(rule, ratio, QStringLiteral("坡率"), QStringLiteral("abc"));
+    typeIn(rule, ratio, QStringLiteral("坡率"), QStringLiteral("1.25"));
+    SefDebugOutput::setHandler(previous);
+
+    const QString where = QStringLiteral("Ratio>=1 and Kind=\"填方\"");
+    RixMemRecordExprParser parser(rules.fields());
+    parser.setExpression(where);
+    std::unique_ptr<RixMemTableView> view(rules.createView(QStringLiteral("fill"),
+        [&parser](RixMemRecord *record, bool &keep) { keep = parser.accept(record); }));
+    view->sort(QStringLiteral("HeightLimit"));
+    heading(QStringLiteral("8. A view of the rules filtered by the record expression %1, sorted by 高度上限")
+                .arg(where));
+    printView(rules, *view);
+
+    const double designHeight = 12.0;
+    view->applyFilterForFirstOne(height, designHeight);
+    RixMemRecord *found = view->first();
+    heading(
+        QStringLiteral("9. Properties of a %1 m fill slope: rule %2 is the first whose 高度上限 admits it; "
+                       "expression properties computed by the properties parser (@len=100)")
+            .arg(designHeight)
+            .arg(found ? found->asString(QStringLiteral("ID")) : QStringLiteral("-")));
+    TovMemProperties slope;
+    slope.add(L"H", L"高度", designHeight);
+    slope.add(L"Ratio", L"坡率", found ? found->asDouble(ratio) : 1.5);
+    slope.add(L"SlopeWidth", L"坡面宽", QStringLiteral("H*Ratio"), true);
+    slope.add(L"Area", L"断面面积", QStringLiteral("SlopeWidth*H/2"), true);
+    slope.add(L"Volume", L"土方量", QStringLiteral("Area*@len"), true);
+    QObject::connect(&slope, &TovMemProperties::onCalcExprVal,
+        [&slope](TovMemProperty *, TovMemPropertyExprCalcArgs &calc, QString &result) {
+            TovMemPropertiesExprParser itemParser(calc.args);
+            itemParser.addData(&slope);
+            result = itemParser.asString(calc.expr);
+        });
+    const QString args = QStringLiteral("@len=100");
+    for (int i = 0; i < slope.count(); ++i) {
+        TovMemProperty *property = slope.props(i);
+        tovOut() << "  " << QString::fromStdWString(property->aliasName()) << " "
+                 << QString::fromStdWString(property->propName());
+        if (property->isExpr())
+            tovOut() << " = " << property->value();
+        tovOut() << " = " << property->asString(true, args) << '\n';
+    }
+}
+
 int runDemo(const QStringList &arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
         QStringLiteral("Shows what a host module does with a rule table: typed fields, a JSON load, a "
                        "project layer over the rules, one change, and the layer saved with only that "
-                       "change."));
+                       "change; then entries typed in and checked against the fields' constraints, a "
+                       "view filtered by a record expression, and properties computed from the rule "
+                       "it finds."));
     const QCommandLineOption helpOption(
         QStringList { QStringLiteral("h"), QStringLiteral("help") }, QStringLiteral("Shows this help."));
     const QCommandLineOption dataOption(QStringLiteral("data"),
@@ -146,6 +249,8 @@ int runDemo(const QStringList &arguments)
     heading(QStringLiteral("6. Loaded back over the rules: rule %1 has 坡率 %2 again")
                 .arg(reloaded.items(2)->asString(QStringLiteral("ID")),
                     reloaded.items(2)->asString(QStringLiteral("Ratio"))));
+
+    typicalRoad(rules);
     tovOut().flush();
     return 0;
 }

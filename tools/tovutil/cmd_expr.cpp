@@ -1,13 +1,21 @@
-// tovutil expr: evaluates an expression through TovSimpleExprParser.
+// tovutil expr: evaluates an expression through TovSimpleExprParser, or over a property set
+// and "@" arguments through TovMemPropertiesExprParser.
 #include "commandregistry.h"
 
+#include <itovmempropertiesexprvarquerier.h>
 #include <rukengine.h>
 #include <sefcommon.h>
 #include <sefdebugoutput.h>
 #include <sefexception.h>
+#include <tovmemproperties.h>
+#include <tovmempropertiesexprparser.h>
 #include <tovsimpleexprparser.h>
 
 #include <QCommandLineParser>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QJsonParseError>
 #include <QMap>
 
 namespace {
@@ -144,6 +152,105 @@ private:
     const Texts &m_texts;
 };
 
+// name=value pairs given beside --props: they replace the values of those properties.
+class Overrides : public ITovMemPropertiesExprVarQuerier
+{
+public:
+    QMap<QString, QString> values;
+
+    bool queryVarValue(const QString &code, QVariant &value) override
+    {
+        for (auto it = values.cbegin(); it != values.cend(); ++it) {
+            if (it.key().compare(code, Qt::CaseInsensitive) == 0) {
+                value = SefCommon::isNumeric(it.value()) ? QVariant(SefCommon::strToFloatDef(it.value(), 0.0))
+                                                         : QVariant(it.value());
+                return true;
+            }
+        }
+        return false;
+    }
+};
+
+bool loadProperties(const QString &path, TovMemProperties &properties, QString &error)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        error = QStringLiteral("%1: cannot read: %2").arg(path, file.errorString());
+        return false;
+    }
+    QJsonParseError parseError;
+    const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &parseError);
+    if (parseError.error != QJsonParseError::NoError) {
+        error = QStringLiteral("%1: malformed JSON at offset %2: %3")
+                    .arg(path)
+                    .arg(parseError.offset)
+                    .arg(parseError.errorString());
+        return false;
+    }
+    if (!document.isObject() || !document.object().value(QStringLiteral("Property")).isArray()) {
+        error = QStringLiteral("%1: expected a property set: an object with a \"Property\" array").arg(path);
+        return false;
+    }
+    properties.loadFromFile(document.object());
+    return true;
+}
+
+// Evaluates through a property set (maybe empty) and "@" arguments; without an expression lists
+// every property with its calculated value.
+int runProperties(const QString &propsPath, const QString &args, const QString &expression,
+    const Overrides &overrides, const QStringList &failures)
+{
+    TovMemProperties properties;
+    QString error;
+    if (!propsPath.isEmpty() && !loadProperties(propsPath, properties, error))
+        return tovFail(error);
+    Overrides querier = overrides;
+    // Each expression item is calculated by a parser of its own over the set, with the item's
+    // argument text, as a host module connects it; the overrides reach every level.
+    QObject::connect(&properties, &TovMemProperties::onCalcExprVal,
+        [&properties, &querier](TovMemProperty *, TovMemPropertyExprCalcArgs &calc, QString &result) {
+            TovMemPropertiesExprParser parser(calc.args);
+            parser.addData(&properties);
+            parser.setVarQuerier(&querier);
+            result = parser.asString(calc.expr);
+        });
+    TovMemPropertiesExprParser parser(args);
+    parser.addData(&properties);
+    parser.setVarQuerier(&querier);
+
+    if (expression.isEmpty()) {
+        for (int i = 0; i < properties.count(); ++i) {
+            TovMemProperty *property = properties.props(i);
+            QString value;
+            try {
+                value = property->asString(true, args);
+            } catch (const SefException &e) {
+                value = QStringLiteral("(%1)").arg(e.message());
+            }
+            tovOut() << QString::fromStdWString(property->propName());
+            if (!property->aliasName().empty())
+                tovOut() << " (" << QString::fromStdWString(property->aliasName()) << ")";
+            tovOut() << "\t" << property->value();
+            if (property->isExpr())
+                tovOut() << "\t= " << value;
+            tovOut() << '\n';
+        }
+        tovOut().flush();
+        return 0;
+    }
+    const int before = failures.size();
+    const RukData result = parser.evaluate(expression);
+    if (!result.isValid())
+        return tovFail(
+            failures.size() > before + 1 ? failures.at(before + 1) : QStringLiteral("evaluation failed"));
+    const QString text = result.dataType() == RukData::Boolean
+        ? (result.asBoolean() ? QStringLiteral("true") : QStringLiteral("false"))
+        : result.asString();
+    tovOut() << text << "\t" << RukData::typeName(result.dataType()) << " (" << result.dataType() << ")\n";
+    tovOut().flush();
+    return 0;
+}
+
 int runExpr(const QStringList &arguments)
 {
     QCommandLineParser cli;
@@ -160,8 +267,20 @@ int runExpr(const QStringList &arguments)
         QStringLiteral("codes"), QStringLiteral("List the variable codes instead."));
     const QCommandLineOption renameOption(QStringLiteral("rename"),
         QStringLiteral("Rebuild the text with variable old renamed to new."), QStringLiteral("old=new"));
+    const QCommandLineOption propsOption(QStringLiteral("props"),
+        QStringLiteral("Evaluate over the property set in FILE (the JSON form of a saved set): its "
+                       "properties, by name or alias, are the variables; expression properties are "
+                       "calculated first. name=value pairs then replace property values. Without an "
+                       "expression, lists every property with its calculated value."),
+        QStringLiteral("FILE.json"));
+    const QCommandLineOption argsOption(QStringLiteral("args"),
+        QStringLiteral("Argument text of the properties parser, e.g. \"a=1;@n=4\": @n in the expression "
+                       "is 4, an @ argument not given is 1."),
+        QStringLiteral("TEXT"));
     cli.addOption(codesOption);
     cli.addOption(renameOption);
+    cli.addOption(propsOption);
+    cli.addOption(argsOption);
     if (!cli.parse(arguments))
         return tovFail(cli.errorText());
     if (cli.isSet(QStringLiteral("help"))) {
@@ -169,9 +288,30 @@ int runExpr(const QStringList &arguments)
         return 0;
     }
     QStringList positional = cli.positionalArguments();
-    if (positional.isEmpty())
+    const bool properties = cli.isSet(propsOption) || cli.isSet(argsOption);
+    if (positional.isEmpty() && !(cli.isSet(propsOption) && !cli.isSet(argsOption)))
         return tovFail(QStringLiteral("expr: missing the expression (see tovutil expr --help)"));
-    const QString expression = positional.takeFirst();
+    const QString expression = positional.isEmpty() ? QString() : positional.takeFirst();
+
+    if (properties) {
+        if (cli.isSet(codesOption) || cli.isSet(renameOption))
+            return tovFail(QStringLiteral("expr: --codes and --rename do not go with --props or --args"));
+        Overrides overrides;
+        for (const QString &pair : qAsConst(positional)) {
+            const int equals = pair.indexOf(QLatin1Char('='));
+            if (equals <= 0)
+                return tovFail(QStringLiteral("expr: \"%1\" is not name=value").arg(pair));
+            overrides.values.insert(pair.left(equals), pair.mid(equals + 1));
+        }
+        // The parser writes its failures to the debug output; the tool reports the first itself.
+        QStringList failures;
+        const SefDebugOutput::Handler previous
+            = SefDebugOutput::setHandler([&failures](const QString &line) { failures << line; });
+        const int code
+            = runProperties(cli.value(propsOption), cli.value(argsOption), expression, overrides, failures);
+        SefDebugOutput::setHandler(previous);
+        return code;
+    }
 
     // The parser writes its failures to the debug output; the tool reports them itself.
     const SefDebugOutput::Handler previous = SefDebugOutput::setHandler([](const QString &) {});

@@ -1,0 +1,3 @@
+#include "itovmempropertiesexprvarquerier.h"
+
+ITovMemPropertiesExprVarQuerier::~ITovMemPropertiesExprVarQuerier() = default;

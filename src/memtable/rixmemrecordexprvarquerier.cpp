@@ -1,0 +1,3 @@
+#include "rixmemrecordexprvarquerier.h"
+
+RixMemRecordExprVarQuerier::~RixMemRecordExprVarQuerier() = default;

@@ -1,0 +1,1 @@
+tov_add_test(tst_tovmempropertiesexprparser SOURCES tst_tovmempropertiesexprparser.cpp LABELS expr)

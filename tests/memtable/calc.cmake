@@ -1,0 +1,3 @@
+tov_add_test(tst_rixmemrecordexprparser SOURCES tst_rixmemrecordexprparser.cpp LABELS memtable)
+tov_add_test(tst_rixmemfieldconstraintcheckparser SOURCES tst_rixmemfieldconstraintcheckparser.cpp LABELS memtable)
+tov_add_test(tst_rixmemtableroad SOURCES tst_rixmemtableroad.cpp LABELS memtable)
