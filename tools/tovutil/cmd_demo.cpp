@@ -3,6 +3,7 @@
 // types entries in with their constraints checked, filters a view by a record expression and
 // computes properties from the rule it finds.
 #include "commandregistry.h"
+#include "logdemo.h"
 #include "tableprinter.h"
 
 #include <rixmemfield.h>
@@ -19,6 +20,7 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QFile>
+#include <QTemporaryDir>
 
 #include <memory>
 
@@ -251,8 +253,14 @@ int runDemo(const QStringList &arguments)
                     reloaded.items(2)->asString(QStringLiteral("Ratio"))));
 
     typicalRoad(rules);
+
+    // The project folder lives only as long as the demo; the log database is made in it.
+    QTemporaryDir projectDir;
+    if (!projectDir.isValid())
+        return tovFail(QStringLiteral("cannot make a temporary project folder"));
+    heading(QStringLiteral("10. The steps of a calculation, logged into the project's TovLog.db"));
     tovOut().flush();
-    return 0;
+    return tovRunLogDemo(projectDir.path());
 }
 
 } // namespace
