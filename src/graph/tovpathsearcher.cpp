@@ -1,6 +1,7 @@
 #include "tovpathsearcher.h"
 #include "tovgraphedge.h"
 #include "tovgraphnode.h"
+#include "tovgraphrevision_p.h"
 #include "tovgraphstruct.h"
 #include "tovpathsearcher_p.h"
 
@@ -34,6 +35,12 @@ bool TovPathSearchPlan::contains(const TovGraphNode *node) const
         && graphNodes[node->m_planIndex] == node;
 }
 
+bool TovPathSearchPlan::isCurrentFor(const TovGraphNode *node) const
+{
+    // The revision first: only while it holds are the node pointers of the image alive.
+    return m_revision == TovGraphRevision::current() && contains(node);
+}
+
 int TovPathSearchPlan::indexOf(const TovGraphNode *node) const
 {
     return node->m_planIndex;
@@ -42,12 +49,18 @@ int TovPathSearchPlan::indexOf(const TovGraphNode *node) const
 void TovPathSearchPlan::clear()
 {
     graphNodes.clear();
+    m_revision = 0;
 }
 
 void TovPathSearchPlan::build(TovGraphNode *start, const std::set<int> &candidates)
 {
     // Every build takes a fresh stamp: nodes of an earlier image no longer count as members.
     m_stamp = ++planStamps;
+    // Marked current only once complete, so that a build cut short is never searched.
+    const unsigned long long revision = TovGraphRevision::current();
+    m_revision = 0;
+    if (m_candidates != candidates)
+        m_candidates = candidates;
     nodes.clear();
     arcs.clear();
     graphNodes.clear();
@@ -99,6 +112,7 @@ void TovPathSearchPlan::build(TovGraphNode *start, const std::set<int> &candidat
     path.resize(nodes.size() + 1);
     best.resize(nodes.size() + 1);
     frames.resize(nodes.size() + 1);
+    m_revision = revision;
 }
 
 // One depth-first run over a plan, iterative so that long paths cannot exhaust the call stack.
@@ -164,10 +178,13 @@ public:
         };
 
         // The current frame's scan position and end stay in registers; a frame's own copies are
-        // written when a child is entered and read back when the child's frame is popped.
+        // written when a child is entered and read back when the child's frame is popped. Whether
+        // the current frame has entered a child is known on return from one: it stays in a
+        // register too.
         TovPathSearchPlan::Frame *frame = nullptr;
         int pos = 0;
         int end = 0;
+        bool taken = false;
         bool entering = true; // steps 1 to 4 for enterIndex, left by side enterIn
         int enterIndex = start;
         bool enterIn = startIn;
@@ -186,9 +203,10 @@ public:
                     const int stop = node.arcs[enterIn + 1];
                     if (HasTarget ? node.key != targetKey : begin != stop) {
                         frame = &frames[top++];
-                        *frame = { begin, stop, node.weight, 0, 0, false };
+                        frame->weight = node.weight;
                         pos = begin;
                         end = stop;
+                        taken = false;
                         framed = true;
                     } else {
                         record();
@@ -201,6 +219,7 @@ public:
                         break;
                     setFlag(frame->followedFar, 0);
                     curScore += frame->followedWeight;
+                    taken = true;
                 }
             }
             while (pos < end) {
@@ -208,19 +227,22 @@ public:
                 const int far = arc.farSide >> 1;
                 if (flags[far] != 0)
                     continue;
-                if (bestWeight > bestWeightSeen)
-                    bestWeightSeen = bestWeight;
-                // A best weight of exactly 1 never lets the limit fire: keep that exemption.
-                if (timer && bestWeightSeen >= 0 && bestWeightSeen != 1 && timer->elapsed() > timeout) {
-                    stopWeight = bestWeightSeen;
-                    delete timer;
-                    timer = nullptr;
-                    s.m_timer = nullptr;
+                // The best weight seen matters only while a limit runs: a new one starts from 0.
+                if (timer) {
+                    if (bestWeight > bestWeightSeen)
+                        bestWeightSeen = bestWeight;
+                    // A best weight of exactly 1 never lets the limit fire: keep that exemption.
+                    if (bestWeightSeen >= 0 && bestWeightSeen != 1 && timer->elapsed() > timeout) {
+                        stopWeight = bestWeightSeen;
+                        delete timer;
+                        timer = nullptr;
+                        s.m_timer = nullptr;
+                    }
                 }
                 if (bestWeight == stopWeight && bestScore > curScore - arc.weight)
                     continue;
-                frame->taken = true;
                 frame->pos = pos;
+                frame->end = end;
                 frame->followedFar = far;
                 frame->followedWeight = arc.weight;
                 curScore -= arc.weight;
@@ -232,7 +254,7 @@ public:
             }
             if (entering)
                 continue;
-            if (!HasTarget && !frame->taken)
+            if (!HasTarget && !taken)
                 record();
             pop(frame->weight);
             if (--top == 0)
@@ -242,6 +264,7 @@ public:
             curScore += frame->followedWeight;
             pos = frame->pos;
             end = frame->end;
+            taken = true;
         }
 
         if (recorded)
@@ -344,14 +367,15 @@ std::unique_ptr<TovPathSearchPlan> TovPathSearcher::takePlan()
     std::unique_ptr<TovPathSearchPlan> plan = std::move(m_plan);
     if (!plan)
         plan.reset(new TovPathSearchPlan);
-    plan->clear();
+    else if (plan->candidates() != m_keyPathCandidates)
+        plan->clear();
     return plan;
 }
 
 void TovPathSearcher::runSearch(TovPathSearchPlan &plan, std::vector<int> &bestPath, int &bestWeight,
     int &bestScore, TovGraphNode *node, TovGraphNode *target, bool isIn)
 {
-    if (!plan.contains(node))
+    if (!plan.isCurrentFor(node))
         plan.build(node, m_keyPathCandidates);
     const int start = plan.indexOf(node);
     const int targetKey = target ? target->getKey() : 0;
