@@ -160,6 +160,7 @@ public:
         int bestScore = bestScoreOut;
         int stopWeight = s.m_stopWeight;
         int bestWeightSeen = s.m_bestWeightSeen;
+        bool atStop = bestWeight == stopWeight; // only cheaper paths are searched
 
         const auto record = [&]() {
             if (curWeight > bestWeight || (curWeight == bestWeight && curScore > bestScore)) {
@@ -169,6 +170,7 @@ public:
                 recorded = true;
                 bestWeight = curWeight;
                 bestScore = curScore;
+                atStop = bestWeight == stopWeight;
             }
         };
         const auto pop = [&](int weight) {
@@ -234,12 +236,13 @@ public:
                     // A best weight of exactly 1 never lets the limit fire: keep that exemption.
                     if (bestWeightSeen >= 0 && bestWeightSeen != 1 && timer->elapsed() > timeout) {
                         stopWeight = bestWeightSeen;
+                        atStop = bestWeight == stopWeight;
                         delete timer;
                         timer = nullptr;
                         s.m_timer = nullptr;
                     }
                 }
-                if (bestWeight == stopWeight && bestScore > curScore - arc.weight)
+                if (atStop && bestScore > curScore - arc.weight)
                     continue;
                 frame->pos = pos;
                 frame->end = end;
