@@ -109,9 +109,8 @@ void TovPathSearchPlan::build(TovGraphNode *start, const std::set<int> &candidat
     }
     // Scratch of the runs: every element is written before it is read.
     flags.resize(nodes.size());
-    path.resize(nodes.size() + 1);
     best.resize(nodes.size() + 1);
-    frames.resize(nodes.size() + 1);
+    frames.resize(nodes.size() + 2);
     m_revision = revision;
 }
 
@@ -129,9 +128,10 @@ public:
         const TovPathSearchPlan::Arc *const arcs = plan.arcs.data();
         TovGraphNode *const *const graphNodes = plan.graphNodes.data();
         unsigned char *const flags = plan.flags.data();
-        int *const path = plan.path.data();
         int *const best = plan.best.data();
-        TovPathSearchPlan::Frame *const frames = plan.frames.data();
+        // frames[0] stands for the empty path; the path's nodes are frames[1] to frame, and a node
+        // entered without edges to follow sits just above frame until it is left again.
+        TovPathSearchPlan::Frame *const root = plan.frames.data();
         const int nodeCount = int(plan.nodes.size());
         // Flags are read from this mirror. With a predicate they are written through to the
         // nodes as well, where it may look at them; without one nothing can see them before
@@ -147,12 +147,11 @@ public:
         const TovPathSearcher::PathValidFunc &pathValid = s.m_pathValidFunc;
         QElapsedTimer *timer = s.m_timer;
         const qint64 timeout = s.m_timeout;
-        int depth = 0;
-        int top = 0;
-        // best[0, bestLength) is the path last recorded; path[0, unchanged) has not changed
-        // since, so a record copies only the rest.
+        // best[0, bestLength) is the path last recorded; the keys up to unchanged have not
+        // changed since, so a record copies only the rest.
         int bestLength = 0;
-        int unchanged = 0;
+        TovPathSearchPlan::Frame *frame = root;
+        const TovPathSearchPlan::Frame *unchanged = root;
         bool recorded = false;
         int curWeight = s.m_currentWeight;
         int curScore = s.m_currentScore;
@@ -162,28 +161,30 @@ public:
         int bestWeightSeen = s.m_bestWeightSeen;
         bool atStop = bestWeight == stopWeight; // only cheaper paths are searched
 
-        const auto record = [&]() {
+        // Records the path ending at last if it is the best yet.
+        const auto record = [&](const TovPathSearchPlan::Frame *last) {
             if (curWeight > bestWeight || (curWeight == bestWeight && curScore > bestScore)) {
-                std::copy(path + unchanged, path + depth, best + unchanged);
-                bestLength = depth;
-                unchanged = depth;
+                for (const TovPathSearchPlan::Frame *f = unchanged + 1; f <= last; ++f)
+                    best[f - root - 1] = f->key;
+                bestLength = int(last - root);
+                unchanged = last;
                 recorded = true;
                 bestWeight = curWeight;
                 bestScore = curScore;
                 atStop = bestWeight == stopWeight;
             }
         };
+        // The path has lost the node above frame, of that weight.
         const auto pop = [&](int weight) {
             curWeight -= weight;
-            if (--depth < unchanged)
-                unchanged = depth;
+            if (frame < unchanged)
+                unchanged = frame;
         };
 
         // The current frame's scan position and end stay in registers; a frame's own copies are
         // written when a child is entered and read back when the child's frame is popped. Whether
         // the current frame has entered a child is known on return from one: it stays in a
         // register too.
-        TovPathSearchPlan::Frame *frame = nullptr;
         int pos = 0;
         int end = 0;
         bool taken = false;
@@ -197,27 +198,27 @@ public:
                 bool framed = false;
                 if (HasPredicate && !pathValid(node.key, enterIn)) {
                     if (!HasTarget)
-                        record();
+                        record(frame);
                 } else {
-                    path[depth++] = node.key;
+                    frame[1].key = node.key;
                     curWeight += node.weight;
                     const int begin = node.arcs[enterIn];
                     const int stop = node.arcs[enterIn + 1];
                     if (HasTarget ? node.key != targetKey : begin != stop) {
-                        frame = &frames[top++];
+                        ++frame;
                         frame->weight = node.weight;
                         pos = begin;
                         end = stop;
                         taken = false;
                         framed = true;
                     } else {
-                        record();
+                        record(frame + 1);
                         pop(node.weight);
                     }
                 }
                 if (!framed) {
                     // Back at once: the current frame, whose scan goes on, is the parent.
-                    if (top == 0)
+                    if (frame == root)
                         break;
                     setFlag(frame->followedFar, 0);
                     curScore += frame->followedWeight;
@@ -258,11 +259,12 @@ public:
             if (entering)
                 continue;
             if (!HasTarget && !taken)
-                record();
-            pop(frame->weight);
-            if (--top == 0)
+                record(frame);
+            const int weight = frame->weight;
+            --frame;
+            pop(weight);
+            if (frame == root)
                 break;
-            frame = &frames[top - 1];
             setFlag(frame->followedFar, 0);
             curScore += frame->followedWeight;
             pos = frame->pos;

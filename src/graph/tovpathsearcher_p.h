@@ -26,13 +26,15 @@ public:
         int weight;
         int arcs[3]; // out side arcs [arcs[0], arcs[1]), in side arcs [arcs[1], arcs[2])
     };
-    // A node on the path with edges to go on with, and the edge it is following. The scan
-    // position and end are stored only when a child is entered, to be read back on return.
+    // A node on the path (its key and weight) with edges to go on with, and the edge it is
+    // following. The scan position and end are stored only when a child is entered, to be read
+    // back on return.
     struct Frame
     {
+        int key;
+        int weight;
         int pos;
         int end;
-        int weight;
         int followedFar;
         int followedWeight;
     };
@@ -53,7 +55,6 @@ public:
     std::vector<Arc> arcs;
     // Scratch of one run, sized for the longest simple path.
     std::vector<unsigned char> flags; // non-zero flags, by node index
-    std::vector<int> path;
     std::vector<int> best;
     std::vector<Frame> frames;
     std::vector<int> halves[2]; // the two halves of a one-node search
