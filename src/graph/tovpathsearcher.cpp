@@ -188,88 +188,80 @@ public:
         int pos = 0;
         int end = 0;
         bool taken = false;
-        bool entering = true; // steps 1 to 4 for enterIndex, left by side enterIn
-        int enterIndex = start;
-        bool enterIn = startIn;
-        for (;;) {
-            if (entering) {
-                entering = false;
-                const TovPathSearchPlan::Node &node = nodes[enterIndex];
-                bool framed = false;
-                if (HasPredicate && !pathValid(node.key, enterIn)) {
-                    if (!HasTarget)
-                        record(frame);
-                } else {
-                    frame[1].key = node.key;
-                    curWeight += node.weight;
-                    const int begin = node.arcs[enterIn];
-                    const int stop = node.arcs[enterIn + 1];
-                    if (HasTarget ? node.key != targetKey : begin != stop) {
-                        ++frame;
-                        frame->weight = node.weight;
-                        pos = begin;
-                        end = stop;
-                        taken = false;
-                        framed = true;
-                    } else {
-                        record(frame + 1);
-                        pop(node.weight);
+        // Steps 1 to 4 for the node index, left by side isIn. True when the node got a frame and
+        // its scan begins; false when the path is back to the current frame at once.
+        const auto enter = [&](int index, bool isIn) {
+            const TovPathSearchPlan::Node &node = nodes[index];
+            if (HasPredicate && !pathValid(node.key, isIn)) {
+                if (!HasTarget)
+                    record(frame);
+                return false;
+            }
+            frame[1].key = node.key;
+            curWeight += node.weight;
+            const int begin = node.arcs[isIn];
+            const int stop = node.arcs[isIn + 1];
+            if (HasTarget ? node.key != targetKey : begin != stop) {
+                ++frame;
+                frame->weight = node.weight;
+                pos = begin;
+                end = stop;
+                taken = false;
+                return true;
+            }
+            record(frame + 1);
+            pop(node.weight);
+            return false;
+        };
+
+        if (enter(start, startIn)) {
+            for (;;) {
+                while (pos < end) {
+                    const TovPathSearchPlan::Arc &arc = arcs[pos++];
+                    const int far = arc.farSide >> 1;
+                    if (flags[far] != 0)
+                        continue;
+                    // The best weight seen matters only while a limit runs: a new one starts from 0.
+                    if (timer) {
+                        if (bestWeight > bestWeightSeen)
+                            bestWeightSeen = bestWeight;
+                        // A best weight of exactly 1 never lets the limit fire: keep that exemption.
+                        if (bestWeightSeen >= 0 && bestWeightSeen != 1 && timer->elapsed() > timeout) {
+                            stopWeight = bestWeightSeen;
+                            atStop = bestWeight == stopWeight;
+                            delete timer;
+                            timer = nullptr;
+                            s.m_timer = nullptr;
+                        }
+                    }
+                    const int arcWeight = arc.weight;
+                    if (atStop && bestScore > curScore - arcWeight)
+                        continue;
+                    frame->pos = pos;
+                    frame->end = end;
+                    frame->followedFar = far;
+                    frame->followedWeight = arcWeight;
+                    curScore -= arcWeight;
+                    setFlag(far, 1);
+                    if (!enter(far, arc.farSide & 1)) {
+                        setFlag(far, 0);
+                        curScore += arcWeight;
+                        taken = true;
                     }
                 }
-                if (!framed) {
-                    // Back at once: the current frame, whose scan goes on, is the parent.
-                    if (frame == root)
-                        break;
-                    setFlag(frame->followedFar, 0);
-                    curScore += frame->followedWeight;
-                    taken = true;
-                }
+                if (!HasTarget && !taken)
+                    record(frame);
+                const int weight = frame->weight;
+                --frame;
+                pop(weight);
+                if (frame == root)
+                    break;
+                setFlag(frame->followedFar, 0);
+                curScore += frame->followedWeight;
+                pos = frame->pos;
+                end = frame->end;
+                taken = true;
             }
-            while (pos < end) {
-                const TovPathSearchPlan::Arc &arc = arcs[pos++];
-                const int far = arc.farSide >> 1;
-                if (flags[far] != 0)
-                    continue;
-                // The best weight seen matters only while a limit runs: a new one starts from 0.
-                if (timer) {
-                    if (bestWeight > bestWeightSeen)
-                        bestWeightSeen = bestWeight;
-                    // A best weight of exactly 1 never lets the limit fire: keep that exemption.
-                    if (bestWeightSeen >= 0 && bestWeightSeen != 1 && timer->elapsed() > timeout) {
-                        stopWeight = bestWeightSeen;
-                        atStop = bestWeight == stopWeight;
-                        delete timer;
-                        timer = nullptr;
-                        s.m_timer = nullptr;
-                    }
-                }
-                if (atStop && bestScore > curScore - arc.weight)
-                    continue;
-                frame->pos = pos;
-                frame->end = end;
-                frame->followedFar = far;
-                frame->followedWeight = arc.weight;
-                curScore -= arc.weight;
-                setFlag(far, 1);
-                entering = true;
-                enterIndex = far;
-                enterIn = arc.farSide & 1;
-                break;
-            }
-            if (entering)
-                continue;
-            if (!HasTarget && !taken)
-                record(frame);
-            const int weight = frame->weight;
-            --frame;
-            pop(weight);
-            if (frame == root)
-                break;
-            setFlag(frame->followedFar, 0);
-            curScore += frame->followedWeight;
-            pos = frame->pos;
-            end = frame->end;
-            taken = true;
         }
 
         if (recorded)
