@@ -11,7 +11,7 @@ class TOVGENERALUTILITY_EXPORT TovGraphEdge
 public:
     TovGraphEdge(TovGraphNode *node1, TovGraphNode *node2, const bool &isInEdge1, const bool &isInEdge2);
     TovGraphEdge(const TovGraphEdge &other) = default;
-    TovGraphEdge &operator=(const TovGraphEdge &other) = default;
+    TovGraphEdge &operator=(const TovGraphEdge &other);
     virtual ~TovGraphEdge();
 
     TovGraphNode *getNode1() const { return m_node1; }
@@ -21,7 +21,7 @@ public:
     bool IsInEdge2() const { return m_isInEdge2; }
 
     int getWeight() const { return m_weight; }
-    void setWeight(const int &weight) { m_weight = weight; }
+    void setWeight(const int &weight);
 
     void *data() const { return m_data; }
     void setData(void *data) { m_data = data; }

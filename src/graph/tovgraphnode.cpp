@@ -1,4 +1,5 @@
 #include "tovgraphnode.h"
+#include "tovgraphrevision_p.h"
 
 #include <algorithm>
 
@@ -24,7 +25,16 @@ TovGraphNode::TovGraphNode(const int &key)
     : m_key(key)
 { }
 
-TovGraphNode::~TovGraphNode() = default;
+TovGraphNode::~TovGraphNode()
+{
+    TovGraphRevision::bump();
+}
+
+void TovGraphNode::setWeight(const int &weight)
+{
+    m_weight = weight;
+    TovGraphRevision::bump();
+}
 
 std::vector<TovGraphEdge *> TovGraphNode::getEdges(const bool &isIn) const
 {
@@ -72,6 +82,7 @@ bool TovGraphNode::addEdge(const int &key, TovGraphEdge *edge, const bool &isIn)
         return false;
     EdgeMap &map = side(isIn);
     map.insert(map.begin() + (lowerBound(map, key) - map.begin()), EdgeEntry(key, edge));
+    TovGraphRevision::bump();
     return true;
 }
 
@@ -79,8 +90,10 @@ void TovGraphNode::removeEdge(const int &key, const bool &isIn)
 {
     EdgeMap &map = side(isIn);
     const auto it = lowerBound(map, key);
-    if (it != map.end() && it->first == key)
+    if (it != map.end() && it->first == key) {
         map.erase(map.begin() + (it - map.begin()));
+        TovGraphRevision::bump();
+    }
 }
 
 void TovGraphNode::removeEdge(const int &key)

@@ -19,7 +19,7 @@ public:
 
     int getKey() const { return m_key; }
     int getWeight() const { return m_weight; }
-    void setWeight(const int &weight) { m_weight = weight; }
+    void setWeight(const int &weight);
     // Non-zero while the node is on a searched path; a caller sets it to keep searches out.
     int getFlag() const { return m_flag; }
     void setFlag(const int &flag) { m_flag = flag; }

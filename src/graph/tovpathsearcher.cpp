@@ -1,6 +1,7 @@
 #include "tovpathsearcher.h"
 #include "tovgraphedge.h"
 #include "tovgraphnode.h"
+#include "tovgraphrevision_p.h"
 #include "tovgraphstruct.h"
 #include "tovpathsearcher_p.h"
 
@@ -34,6 +35,12 @@ bool TovPathSearchPlan::contains(const TovGraphNode *node) const
         && graphNodes[node->m_planIndex] == node;
 }
 
+bool TovPathSearchPlan::isCurrentFor(const TovGraphNode *node) const
+{
+    // The revision first: only while it holds are the node pointers of the image alive.
+    return m_revision == TovGraphRevision::current() && contains(node);
+}
+
 int TovPathSearchPlan::indexOf(const TovGraphNode *node) const
 {
     return node->m_planIndex;
@@ -42,12 +49,18 @@ int TovPathSearchPlan::indexOf(const TovGraphNode *node) const
 void TovPathSearchPlan::clear()
 {
     graphNodes.clear();
+    m_revision = 0;
 }
 
 void TovPathSearchPlan::build(TovGraphNode *start, const std::set<int> &candidates)
 {
     // Every build takes a fresh stamp: nodes of an earlier image no longer count as members.
     m_stamp = ++planStamps;
+    // Marked current only once complete, so that a build cut short is never searched.
+    const unsigned long long revision = TovGraphRevision::current();
+    m_revision = 0;
+    if (m_candidates != candidates)
+        m_candidates = candidates;
     nodes.clear();
     arcs.clear();
     graphNodes.clear();
@@ -96,9 +109,9 @@ void TovPathSearchPlan::build(TovGraphNode *start, const std::set<int> &candidat
     }
     // Scratch of the runs: every element is written before it is read.
     flags.resize(nodes.size());
-    path.resize(nodes.size() + 1);
     best.resize(nodes.size() + 1);
-    frames.resize(nodes.size() + 1);
+    frames.resize(nodes.size() + 2);
+    m_revision = revision;
 }
 
 // One depth-first run over a plan, iterative so that long paths cannot exhaust the call stack.
@@ -115,9 +128,10 @@ public:
         const TovPathSearchPlan::Arc *const arcs = plan.arcs.data();
         TovGraphNode *const *const graphNodes = plan.graphNodes.data();
         unsigned char *const flags = plan.flags.data();
-        int *const path = plan.path.data();
         int *const best = plan.best.data();
-        TovPathSearchPlan::Frame *const frames = plan.frames.data();
+        // frames[0] stands for the empty path; the path's nodes are frames[1] to frame, and a node
+        // entered without edges to follow sits just above frame until it is left again.
+        TovPathSearchPlan::Frame *const root = plan.frames.data();
         const int nodeCount = int(plan.nodes.size());
         // Flags are read from this mirror. With a predicate they are written through to the
         // nodes as well, where it may look at them; without one nothing can see them before
@@ -133,12 +147,11 @@ public:
         const TovPathSearcher::PathValidFunc &pathValid = s.m_pathValidFunc;
         QElapsedTimer *timer = s.m_timer;
         const qint64 timeout = s.m_timeout;
-        int depth = 0;
-        int top = 0;
-        // best[0, bestLength) is the path last recorded; path[0, unchanged) has not changed
-        // since, so a record copies only the rest.
+        // best[0, bestLength) is the path last recorded; the keys up to unchanged have not
+        // changed since, so a record copies only the rest.
         int bestLength = 0;
-        int unchanged = 0;
+        TovPathSearchPlan::Frame *frame = root;
+        const TovPathSearchPlan::Frame *unchanged = root;
         bool recorded = false;
         int curWeight = s.m_currentWeight;
         int curScore = s.m_currentScore;
@@ -146,102 +159,109 @@ public:
         int bestScore = bestScoreOut;
         int stopWeight = s.m_stopWeight;
         int bestWeightSeen = s.m_bestWeightSeen;
+        bool atStop = bestWeight == stopWeight; // only cheaper paths are searched
 
-        const auto record = [&]() {
+        // Records the path ending at last if it is the best yet.
+        const auto record = [&](const TovPathSearchPlan::Frame *last) {
             if (curWeight > bestWeight || (curWeight == bestWeight && curScore > bestScore)) {
-                std::copy(path + unchanged, path + depth, best + unchanged);
-                bestLength = depth;
-                unchanged = depth;
+                for (const TovPathSearchPlan::Frame *f = unchanged + 1; f <= last; ++f)
+                    best[f - root - 1] = f->key;
+                bestLength = int(last - root);
+                unchanged = last;
                 recorded = true;
                 bestWeight = curWeight;
                 bestScore = curScore;
+                atStop = bestWeight == stopWeight;
             }
         };
+        // The path has lost the node above frame, of that weight.
         const auto pop = [&](int weight) {
             curWeight -= weight;
-            if (--depth < unchanged)
-                unchanged = depth;
+            if (frame < unchanged)
+                unchanged = frame;
         };
 
         // The current frame's scan position and end stay in registers; a frame's own copies are
-        // written when a child is entered and read back when the child's frame is popped.
-        TovPathSearchPlan::Frame *frame = nullptr;
+        // written when a child is entered and read back when the child's frame is popped. Whether
+        // the current frame has entered a child is known on return from one: it stays in a
+        // register too.
         int pos = 0;
         int end = 0;
-        bool entering = true; // steps 1 to 4 for enterIndex, left by side enterIn
-        int enterIndex = start;
-        bool enterIn = startIn;
-        for (;;) {
-            if (entering) {
-                entering = false;
-                const TovPathSearchPlan::Node &node = nodes[enterIndex];
-                bool framed = false;
-                if (HasPredicate && !pathValid(node.key, enterIn)) {
-                    if (!HasTarget)
-                        record();
-                } else {
-                    path[depth++] = node.key;
-                    curWeight += node.weight;
-                    const int begin = node.arcs[enterIn];
-                    const int stop = node.arcs[enterIn + 1];
-                    if (HasTarget ? node.key != targetKey : begin != stop) {
-                        frame = &frames[top++];
-                        *frame = { begin, stop, node.weight, 0, 0, false };
-                        pos = begin;
-                        end = stop;
-                        framed = true;
-                    } else {
-                        record();
-                        pop(node.weight);
+        bool taken = false;
+        // Steps 1 to 4 for the node index, left by side isIn. True when the node got a frame and
+        // its scan begins; false when the path is back to the current frame at once.
+        const auto enter = [&](int index, bool isIn) {
+            const TovPathSearchPlan::Node &node = nodes[index];
+            if (HasPredicate && !pathValid(node.key, isIn)) {
+                if (!HasTarget)
+                    record(frame);
+                return false;
+            }
+            frame[1].key = node.key;
+            curWeight += node.weight;
+            const int begin = node.arcs[isIn];
+            const int stop = node.arcs[isIn + 1];
+            if (HasTarget ? node.key != targetKey : begin != stop) {
+                ++frame;
+                frame->weight = node.weight;
+                pos = begin;
+                end = stop;
+                taken = false;
+                return true;
+            }
+            record(frame + 1);
+            pop(node.weight);
+            return false;
+        };
+
+        if (enter(start, startIn)) {
+            for (;;) {
+                while (pos < end) {
+                    const TovPathSearchPlan::Arc &arc = arcs[pos++];
+                    const int far = arc.farSide >> 1;
+                    if (flags[far] != 0)
+                        continue;
+                    // The best weight seen matters only while a limit runs: a new one starts from 0.
+                    if (timer) {
+                        if (bestWeight > bestWeightSeen)
+                            bestWeightSeen = bestWeight;
+                        // A best weight of exactly 1 never lets the limit fire: keep that exemption.
+                        if (bestWeightSeen >= 0 && bestWeightSeen != 1 && timer->elapsed() > timeout) {
+                            stopWeight = bestWeightSeen;
+                            atStop = bestWeight == stopWeight;
+                            delete timer;
+                            timer = nullptr;
+                            s.m_timer = nullptr;
+                        }
+                    }
+                    const int arcWeight = arc.weight;
+                    if (atStop && bestScore > curScore - arcWeight)
+                        continue;
+                    frame->pos = pos;
+                    frame->end = end;
+                    frame->followedFar = far;
+                    frame->followedWeight = arcWeight;
+                    curScore -= arcWeight;
+                    setFlag(far, 1);
+                    if (!enter(far, arc.farSide & 1)) {
+                        setFlag(far, 0);
+                        curScore += arcWeight;
+                        taken = true;
                     }
                 }
-                if (!framed) {
-                    // Back at once: the current frame, whose scan goes on, is the parent.
-                    if (top == 0)
-                        break;
-                    setFlag(frame->followedFar, 0);
-                    curScore += frame->followedWeight;
-                }
+                if (!HasTarget && !taken)
+                    record(frame);
+                const int weight = frame->weight;
+                --frame;
+                pop(weight);
+                if (frame == root)
+                    break;
+                setFlag(frame->followedFar, 0);
+                curScore += frame->followedWeight;
+                pos = frame->pos;
+                end = frame->end;
+                taken = true;
             }
-            while (pos < end) {
-                const TovPathSearchPlan::Arc &arc = arcs[pos++];
-                const int far = arc.farSide >> 1;
-                if (flags[far] != 0)
-                    continue;
-                if (bestWeight > bestWeightSeen)
-                    bestWeightSeen = bestWeight;
-                // A best weight of exactly 1 never lets the limit fire: keep that exemption.
-                if (timer && bestWeightSeen >= 0 && bestWeightSeen != 1 && timer->elapsed() > timeout) {
-                    stopWeight = bestWeightSeen;
-                    delete timer;
-                    timer = nullptr;
-                    s.m_timer = nullptr;
-                }
-                if (bestWeight == stopWeight && bestScore > curScore - arc.weight)
-                    continue;
-                frame->taken = true;
-                frame->pos = pos;
-                frame->followedFar = far;
-                frame->followedWeight = arc.weight;
-                curScore -= arc.weight;
-                setFlag(far, 1);
-                entering = true;
-                enterIndex = far;
-                enterIn = arc.farSide & 1;
-                break;
-            }
-            if (entering)
-                continue;
-            if (!HasTarget && !frame->taken)
-                record();
-            pop(frame->weight);
-            if (--top == 0)
-                break;
-            frame = &frames[top - 1];
-            setFlag(frame->followedFar, 0);
-            curScore += frame->followedWeight;
-            pos = frame->pos;
-            end = frame->end;
         }
 
         if (recorded)
@@ -344,14 +364,15 @@ std::unique_ptr<TovPathSearchPlan> TovPathSearcher::takePlan()
     std::unique_ptr<TovPathSearchPlan> plan = std::move(m_plan);
     if (!plan)
         plan.reset(new TovPathSearchPlan);
-    plan->clear();
+    else if (plan->candidates() != m_keyPathCandidates)
+        plan->clear();
     return plan;
 }
 
 void TovPathSearcher::runSearch(TovPathSearchPlan &plan, std::vector<int> &bestPath, int &bestWeight,
     int &bestScore, TovGraphNode *node, TovGraphNode *target, bool isIn)
 {
-    if (!plan.contains(node))
+    if (!plan.isCurrentFor(node))
         plan.build(node, m_keyPathCandidates);
     const int start = plan.indexOf(node);
     const int targetKey = target ? target->getKey() : 0;

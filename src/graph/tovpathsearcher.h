@@ -83,7 +83,7 @@ private:
         TovGraphNode *node, TovGraphNode *target, bool isIn);
 
     std::set<int> m_keyPathCandidates;
-    // The path stack itself lives in the search plan, sized once per search.
+    // The path stack itself lives in the search plan, sized when the plan is built.
     int m_currentWeight = 0;
     int m_currentScore = 0;
     int m_stopWeight = 0;

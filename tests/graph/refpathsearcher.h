@@ -93,6 +93,24 @@ public:
             n2->side(isIn2).erase(key1);
         return nullptr;
     }
+    void removeEdge(Edge *edge)
+    {
+        edge->node1->side(edge->isIn1).erase(edge->node2->key);
+        edge->node2->side(edge->isIn2).erase(edge->node1->key);
+        edges.erase(std::find_if(
+            edges.begin(), edges.end(), [edge](const std::unique_ptr<Edge> &e) { return e.get() == edge; }));
+    }
+    void removeNode(int key)
+    {
+        Node *node = findNode(key);
+        if (!node)
+            return;
+        for (bool isIn : { true, false }) {
+            while (!node->side(isIn).empty())
+                removeEdge(node->side(isIn).begin()->second);
+        }
+        nodes.erase(key);
+    }
 
     QList<QList<Node *>> getRegionList()
     {

@@ -92,6 +92,8 @@ private slots:
     void region();
     void timeout_data();
     void timeout();
+    void searchAgainAfterEdit_data();
+    void searchAgainAfterEdit();
     void copyKeepsSetup();
     void protectedOperations();
     void matchesReference_data();
@@ -442,6 +444,99 @@ void TestTovPathSearcher::timeout()
     }
 }
 
+void TestTovPathSearcher::searchAgainAfterEdit_data()
+{
+    QTest::addColumn<QString>("graph");
+    QTest::addColumn<QString>("edit");
+    QTest::addColumn<QString>("before");
+    QTest::addColumn<QString>("after");
+
+    // Two equal routes from 1 to 5: 1,2,5 is found first while edges weigh the same.
+    const QString diamond = QStringLiteral("1o-2i 2o-5i 1o-3i 3o-5i");
+    QTest::newRow("node weight raised") << diamond << "n3=4"
+                                        << "1,2,5"
+                                        << "1,3,5";
+    QTest::newRow("edge weight raised") << diamond << "w1-2=7"
+                                        << "1,2,5"
+                                        << "1,3,5";
+    QTest::newRow("edge removed") << diamond << "-1-2"
+                                  << "1,2,5"
+                                  << "1,3,5";
+    QTest::newRow("edge added") << diamond << "+2o-4i +4o-5i"
+                                << "1,2,5"
+                                << "1,2,4,5";
+    QTest::newRow("node removed") << diamond << "-2"
+                                  << "1,2,5"
+                                  << "1,3,5";
+    QTest::newRow("node removed and added back elsewhere") << diamond << "-2 +3o-2i +2o-5i"
+                                                           << "1,2,5"
+                                                           << "1,3,2,5";
+    QTest::newRow("candidates set") << diamond << "c3"
+                                    << "1,2,5"
+                                    << "1,3,5";
+    QTest::newRow("flag set") << diamond << "f2=1"
+                              << "1,2,5"
+                              << "1,3,5";
+    QTest::newRow("other graph edited only") << diamond << "o"
+                                             << "1,2,5"
+                                             << "1,2,5";
+}
+
+// A searcher used again on a graph changed since its last search sees the change.
+void TestTovPathSearcher::searchAgainAfterEdit()
+{
+    QFETCH(QString, graph);
+    QFETCH(QString, edit);
+    QFETCH(QString, before);
+    QFETCH(QString, after);
+
+    TovGraphStruct g;
+    buildWeighted(g, graph);
+    TovPathSearcher searcher;
+    const auto search = [&]() {
+        std::vector<int> result;
+        int weight = 0;
+        searcher.searchPath(result, weight, &g, 1, 5, 99);
+        return pathText(result);
+    };
+    QCOMPARE(search(), before);
+    for (const QString &step : edit.split(QLatin1Char(' '))) {
+        const QStringList keys = step.mid(1).split(QRegularExpression(QStringLiteral("[-=]")));
+        switch (step.at(0).toLatin1()) {
+        case 'n':
+            g.findNode(keys.at(0).toInt())->setWeight(keys.at(1).toInt());
+            break;
+        case 'f':
+            g.findNode(keys.at(0).toInt())->setFlag(keys.at(1).toInt());
+            break;
+        case 'w':
+            g.findNode(keys.at(0).toInt())->getEdge(keys.at(1).toInt(), false)->setWeight(keys.at(2).toInt());
+            break;
+        case '-':
+            if (keys.size() == 2)
+                g.removeEdge(g.findNode(keys.at(0).toInt())->getEdge(keys.at(1).toInt(), false));
+            else
+                g.removeNode(keys.at(0).toInt());
+            break;
+        case '+':
+            buildGraph(g, step.mid(1));
+            for (const QString &end : step.mid(1).split(QLatin1Char('-')))
+                g.findNode(end.chopped(1).toInt())->setWeight(1);
+            break;
+        case 'c':
+            searcher.setKeyPathCandidate({ keys.at(0).toInt() });
+            break;
+        case 'o': {
+            TovGraphStruct other;
+            buildWeighted(other, graph);
+            other.findNode(3)->setWeight(9);
+            break;
+        }
+        }
+    }
+    QCOMPARE(search(), after);
+}
+
 void TestTovPathSearcher::copyKeepsSetup()
 {
     TovGraphStruct g;
@@ -513,7 +608,9 @@ void TestTovPathSearcher::protectedOperations()
 // Differential test against the literal reference: random small graphs, every entry point.
 void TestTovPathSearcher::matchesReference_data()
 {
-    QTest::addColumn<int>("entry"); // 0 two-node, 1 one-node, 2 both ways, 3 key list, 4 region, 5 mixed
+    // 0 two-node, 1 one-node, 2 both ways, 3 key list, 4 region, 5 mixed, 6 mixed with edits
+    // between the searches, 7 the same over two graphs in turn
+    QTest::addColumn<int>("entry");
     QTest::addColumn<int>("cases");
     QTest::newRow("two-node search") << 0 << 3000;
     QTest::newRow("one-node search") << 1 << 1500;
@@ -521,6 +618,8 @@ void TestTovPathSearcher::matchesReference_data()
     QTest::newRow("key-list search") << 3 << 2000;
     QTest::newRow("region search") << 4 << 1500;
     QTest::newRow("mixed searches on one searcher") << 5 << 1500;
+    QTest::newRow("repeated searches with graph edits between") << 6 << 1500;
+    QTest::newRow("one searcher over two graphs in turn, with edits") << 7 << 1000;
 }
 
 namespace {
@@ -579,7 +678,7 @@ public:
         return QString();
     }
 
-    void setUp()
+    std::set<int> someCandidates()
     {
         std::set<int> candidates;
         if (chance(50)) {
@@ -587,6 +686,12 @@ public:
                 if (chance(35))
                     candidates.insert(k);
         }
+        return candidates;
+    }
+
+    void setUp()
+    {
+        const std::set<int> candidates = someCandidates();
         tovSearcher.setKeyPathCandidate(candidates);
         refSearcher.setKeyPathCandidate(candidates);
         if (chance(60)) {
@@ -611,6 +716,90 @@ public:
 
     int anyKey() { return chance(8) ? 99 : keys.at(pick(0, keys.size() - 1)); }
 
+    // The same change on both graphs (or both searchers' candidates), as a caller makes between
+    // searches; answers what it did.
+    QString edit(TovPathSearcher &tovS, ref::PathSearcher &refS)
+    {
+        const int key = keys.at(pick(0, keys.size() - 1));
+        const std::vector<TovGraphEdge *> &edges = tov.getEdges();
+        switch (pick(0, 8)) {
+        case 0: {
+            const int w = pick(-1, 3);
+            tov.findNode(key)->setWeight(w);
+            reference.findNode(key)->weight = w;
+            return QStringLiteral("weight of %1 set to %2").arg(key).arg(w);
+        }
+        case 1: {
+            if (edges.empty())
+                return QStringLiteral("nothing");
+            const int i = pick(0, int(edges.size()) - 1);
+            const int w = pick(-2, 4);
+            edges[std::size_t(i)]->setWeight(w);
+            reference.edges[std::size_t(i)]->weight = w;
+            return QStringLiteral("weight of edge %1 set to %2").arg(i).arg(w);
+        }
+        case 2: {
+            const int other = keys.at(pick(0, keys.size() - 1));
+            const bool in1 = chance(50), in2 = chance(50);
+            const int w = pick(-1, 4);
+            TovGraphEdge *a = tov.addEdge(key, other, in1, in2);
+            ref::Edge *b = reference.addEdge(key, other, in1, in2);
+            if (bool(a) != bool(b))
+                return QStringLiteral("addEdge(%1,%2) differs").arg(key).arg(other);
+            if (a && chance(50)) {
+                a->setWeight(w);
+                b->weight = w;
+            }
+            return QStringLiteral("edge %1-%2 added").arg(key).arg(other);
+        }
+        case 3: {
+            if (edges.empty())
+                return QStringLiteral("nothing");
+            const int i = pick(0, int(edges.size()) - 1);
+            tov.removeEdge(edges[std::size_t(i)]);
+            reference.removeEdge(reference.edges[std::size_t(i)].get());
+            return QStringLiteral("edge %1 removed").arg(i);
+        }
+        case 4: {
+            if (keys.size() < 2)
+                return QStringLiteral("nothing");
+            tov.removeNode(key);
+            reference.removeNode(key);
+            keys.removeOne(key);
+            return QStringLiteral("node %1 removed").arg(key);
+        }
+        case 5: {
+            // A fresh node joined to the graph, possibly where a removed one was.
+            const int fresh = pick(-3, 14);
+            if (keys.contains(fresh))
+                return QStringLiteral("nothing");
+            keys << fresh;
+            const int w = pick(0, 1);
+            tov.addNode(fresh)->setWeight(w);
+            reference.addNode(fresh)->weight = w;
+            const bool in1 = chance(50), in2 = chance(50);
+            const bool joined = tov.addEdge(fresh, key, in1, in2) != nullptr;
+            if (joined != (reference.addEdge(fresh, key, in1, in2) != nullptr))
+                return QStringLiteral("addEdge(%1,%2) differs").arg(fresh).arg(key);
+            return QStringLiteral("node %1 added").arg(fresh);
+        }
+        case 6: {
+            const int flag = chance(50) ? 0 : pick(1, 2);
+            tov.findNode(key)->setFlag(flag);
+            reference.findNode(key)->flag = flag;
+            return QStringLiteral("flag of %1 set to %2").arg(key).arg(flag);
+        }
+        case 7: {
+            const std::set<int> candidates = someCandidates();
+            tovS.setKeyPathCandidate(candidates);
+            refS.setKeyPathCandidate(candidates);
+            return QStringLiteral("candidates changed");
+        }
+        default:
+            return QStringLiteral("nothing");
+        }
+    }
+
     QList<int> keyList()
     {
         QList<int> list;
@@ -621,7 +810,8 @@ public:
     }
 
     // Runs one search on both; answers a description of the first difference, or empty.
-    QString runOne(int entry)
+    QString runOne(int entry) { return runOne(entry, tovSearcher, refSearcher); }
+    QString runOne(int entry, TovPathSearcher &tovSearcher, ref::PathSearcher &refSearcher)
     {
         std::vector<int> tovPath, refPath;
         if (chance(15))
@@ -709,9 +899,27 @@ void TestTovPathSearcher::matchesReference()
         Differential d(caseSeed);
         QString failure = d.build();
         d.setUp();
-        const int searches = entry == 5 ? d.pick(2, 4) : 1;
-        for (int s = 0; s < searches && failure.isEmpty(); ++s)
-            failure = d.runOne(entry == 5 ? d.pick(0, 4) : entry);
+        if (entry <= 5) {
+            const int searches = entry == 5 ? d.pick(2, 4) : 1;
+            for (int s = 0; s < searches && failure.isEmpty(); ++s)
+                failure = d.runOne(entry == 5 ? d.pick(0, 4) : entry);
+        } else {
+            // Searches interleaved with edits, on one graph or on two in turn, with one searcher
+            // pair: anything a searcher keeps between calls must follow every change.
+            Differential other(~caseSeed);
+            if (entry == 7 && failure.isEmpty())
+                failure = other.build();
+            QString history;
+            const int searches = d.pick(3, 8);
+            for (int s = 0; s < searches && failure.isEmpty(); ++s) {
+                Differential &on = entry == 7 && d.chance(50) ? other : d;
+                history += (&on == &d ? QStringLiteral(" | A: ") : QStringLiteral(" | B: "))
+                    + (d.chance(70) ? on.edit(d.tovSearcher, d.refSearcher) : QStringLiteral("nothing"));
+                failure = on.runOne(d.pick(0, 4), d.tovSearcher, d.refSearcher);
+            }
+            if (!failure.isEmpty())
+                failure += QStringLiteral(" after edits%1").arg(history);
+        }
         if (!failure.isEmpty()) {
             QFAIL(qPrintable(QStringLiteral("%1 (TOV_GRAPH_SEED=%2 reproduces; this case's seed %3, case %4)")
                                  .arg(failure)
