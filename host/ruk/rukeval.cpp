@@ -368,7 +368,7 @@ double RukParserPrivate::loadFloatSlow(const RukVarNode *handle)
 
 double RukParserPrivate::loadFloatSlow(int index)
 {
-    const RukInstr in = { RukLoadVar, index, 0, m_varNodes[size_t(index)], 0.0 };
+    const RukInstr in = { RukLoadVar, index, 0, m_varNodes[size_t(index)], { 0.0 } };
     RukData value = m_vars[size_t(index)].value;
     varSlow(in, value);
     return value.m_v.f;
@@ -388,7 +388,7 @@ const RukData &RukParserPrivate::loadInPlace(int index, int node, void *context)
 const RukData &RukParserPrivate::loadInPlaceSlow(int index, int node)
 {
     RukVarState &var = m_vars[size_t(index)];
-    const RukInstr in = { RukLoadVar, index, 0, node, 0.0 };
+    const RukInstr in = { RukLoadVar, index, 0, node, { 0.0 } };
     RukData value = var.value;
     varSlow(in, value);
     var.value = value;

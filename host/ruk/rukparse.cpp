@@ -796,7 +796,7 @@ void RukParserPrivate::compile(std::vector<RukInstr> &program, bool typed)
     int depth = 0;
     int maxDepth = 1;
     auto put = [&program](int code, int a, int b, int node) {
-        program.push_back({ code, a, b, node, 0.0 });
+        program.push_back({ code, a, b, node, { 0.0 } });
         return int(program.size()) - 1;
     };
     auto pop = [&types]() {
