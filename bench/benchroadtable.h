@@ -5,6 +5,7 @@
 
 #include <rixmemrecord.h>
 #include <rixmemtable.h>
+#include <rixmemtableview.h>
 
 #include <QByteArray>
 #include <QString>
@@ -113,6 +114,21 @@ inline size_t selectRowIds(const char *sql)
         ids.push_back(sqlite3_column_int64(statement, 0));
     sqlite3_finalize(statement);
     return ids.size();
+}
+
+// The view of rows with Width > 3 and Kind "A", filtered by a function written by hand: what the
+// records' layout costs without any expression. Answers the number of rows kept.
+inline int handFilteredWideA()
+{
+    RixMemTable &t = table();
+    const int width = t.filedIndex(QStringLiteral("Width"));
+    const int kind = t.filedIndex(QStringLiteral("Kind"));
+    const QString a = QStringLiteral("A");
+    std::unique_ptr<RixMemTableView> view(
+        t.createView(QStringLiteral("wide A"), [width, kind, &a](RixMemRecord *record, bool &keep) {
+            keep = record->getVariant(width).toDouble() > 3 && record->getVariant(kind).toString() == a;
+        }));
+    return view->recordCount();
 }
 
 } // namespace benchroad
