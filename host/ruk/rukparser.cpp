@@ -13,7 +13,13 @@ RukParser &RukParser::operator=(const RukParser &other) = default;
 
 RukParser::RukParser(std::shared_ptr<RukParserPrivate> data)
     : d(std::move(data))
+    , m_result(d ? &d->m_result : nullptr)
 { }
+
+void RukParser::throwNull()
+{
+    throw SefException(QCoreApplication::translate("RukEngine", "解析器没有创建"));
+}
 
 namespace {
 
@@ -75,11 +81,6 @@ void RukParserPrivate::setValueEvent(IRukQueryVarValueEvent *event)
 }
 
 // RukParser::evaluate lives in rukeval.cpp, beside the evaluator it calls.
-
-const RukData &RukParser::result() const
-{
-    return checked(d).m_result;
-}
 
 void RukParser::visitNode(int order, const RukVisitNodeEvent &visitEvent, void *context)
 {

@@ -49,8 +49,14 @@ public:
     void evaluate(
         const RukQueryVarDataTypeEvent &typeEvent = RukQueryVarDataTypeEvent(), void *context = nullptr);
     void evaluate(const RukQueryVarDataTypeEvent &typeEvent, void *context, const RukNodeMapInfos &nodeMap);
-    // The result of the last evaluation; invalid after a failed one.
-    const RukData &result() const;
+    // The result of the last evaluation; invalid after a failed one. Inline: evaluate-many
+    // loops read it once per evaluation.
+    const RukData &result() const
+    {
+        if (Q_UNLIKELY(!m_result))
+            throwNull();
+        return *m_result;
+    }
     // Walks every node of the expression set last, depth-first, children left to right.
     void visitNode(int order, const RukVisitNodeEvent &visitEvent, void *context = nullptr);
     // The text set last, with the token of every variable, constant, operator and function node
@@ -59,7 +65,9 @@ public:
 
 private:
     explicit RukParser(std::shared_ptr<RukParserPrivate> data);
+    [[noreturn]] static void throwNull();
     std::shared_ptr<RukParserPrivate> d;
+    const RukData *m_result = nullptr; // d's result, which lives as long as d
 
     friend class RukEngine;
 };
