@@ -1199,6 +1199,30 @@ void RukParserPrivate::runNumeric(void *context)
         &&l_RukGtVVJ,
         &&l_RukGeVIJ,
         &&l_RukGeVVJ,
+        &&l_RukAddAddVI,
+        &&l_RukAddAddVV,
+        &&l_RukAddSubVI,
+        &&l_RukAddSubVV,
+        &&l_RukAddMulVI,
+        &&l_RukAddMulVV,
+        &&l_RukAddDivVI,
+        &&l_RukAddDivVV,
+        &&l_RukSubAddVI,
+        &&l_RukSubAddVV,
+        &&l_RukSubSubVI,
+        &&l_RukSubSubVV,
+        &&l_RukSubMulVI,
+        &&l_RukSubMulVV,
+        &&l_RukSubDivVI,
+        &&l_RukSubDivVV,
+        &&l_RukMulAddVI,
+        &&l_RukMulAddVV,
+        &&l_RukMulSubVI,
+        &&l_RukMulSubVV,
+        &&l_RukMulMulVI,
+        &&l_RukMulMulVV,
+        &&l_RukMulDivVI,
+        &&l_RukMulDivVV,
     };
     static_assert(sizeof(labels) / sizeof(labels[0]) == RukCodeCount, "one label per operation code");
     // Each instruction holds the label of its code, filled in on the program's first run.
@@ -1216,17 +1240,18 @@ void RukParserPrivate::runNumeric(void *context)
 #define RUK_NEXT                                                                                             \
     ++in;                                                                                                    \
     goto * in->label
-// The value of the variable of HANDLE into OUT: the value callback, one check, the number.
-#define RUK_LOAD(HANDLE, OUT)                                                                                \
+// The value of the variable of HANDLE (its state STATE) into OUT: the value callback, one check,
+// the number.
+#define RUK_LOAD(HANDLE, STATE, OUT)                                                                         \
     do {                                                                                                     \
-        RukVarNode *handle_ = (HANDLE);                                                                      \
-        handle_->s->value.m_type = RukData::Unknown;                                                         \
-        impl->queryVarValue(*handle_, context);                                                              \
-        const RukVarState &var_ = *(HANDLE)->s;                                                              \
-        if (Q_UNLIKELY(var_.value.m_type != RukData::Float || var_.invalid))                                 \
+        RukVarState *state_ = (STATE);                                                                       \
+        state_->value.m_type = RukData::Unknown;                                                             \
+        impl->queryVarValue(*(HANDLE), context);                                                             \
+        state_ = (STATE);                                                                                    \
+        if (Q_UNLIKELY(state_->value.m_type != RukData::Float || state_->invalid))                           \
             OUT = loadFloatSlow(HANDLE);                                                                     \
         else                                                                                                 \
-            OUT = var_.value.m_v.f;                                                                          \
+            OUT = state_->value.m_v.f;                                                                       \
     } while (false)
 #define RUK_NUMBER_CASES(CODE, BASE, APPLY)                                                                  \
     l_##CODE:                                                                                                \
@@ -1247,7 +1272,7 @@ void RukParserPrivate::runNumeric(void *context)
     l_##CODE##V:                                                                                             \
     {                                                                                                        \
         double y;                                                                                            \
-        RUK_LOAD(in->var, y);                                                                                \
+        RUK_LOAD(in->var, in->state, y);                                                                     \
         double &x = sp[-1];                                                                                  \
         APPLY;                                                                                               \
         RUK_NEXT;                                                                                            \
@@ -1255,7 +1280,7 @@ void RukParserPrivate::runNumeric(void *context)
     l_##BASE##VI:                                                                                            \
     {                                                                                                        \
         double x;                                                                                            \
-        RUK_LOAD(in->var, x);                                                                                \
+        RUK_LOAD(in->var, in->state, x);                                                                     \
         const double y = in->imm;                                                                            \
         APPLY;                                                                                               \
         *sp++ = x;                                                                                           \
@@ -1264,9 +1289,9 @@ void RukParserPrivate::runNumeric(void *context)
     l_##BASE##VV:                                                                                            \
     {                                                                                                        \
         double x;                                                                                            \
-        RUK_LOAD(in->var, x);                                                                                \
+        RUK_LOAD(in->var, in->state, x);                                                                     \
         double y;                                                                                            \
-        RUK_LOAD(in->var2, y);                                                                               \
+        RUK_LOAD(in->var2, in->state2, y);                                                                   \
         APPLY;                                                                                               \
         *sp++ = x;                                                                                           \
         RUK_NEXT;                                                                                            \
@@ -1299,11 +1324,11 @@ void RukParserPrivate::runNumeric(void *context)
 #undef RUK_NUMBER_DIVIDE
 #undef RUK_NUMBER_COMPARE
     l_RukLoadVarF:
-        RUK_LOAD(in->var, *sp);
+        RUK_LOAD(in->var, in->state, *sp);
         ++sp;
         RUK_NEXT;
-    l_RukPushConst:
-        *sp++ = m_consts[size_t(in->a)].m_v.f;
+    l_RukPushConst: // fuseNumeric put the constant in imm
+        *sp++ = in->imm;
         RUK_NEXT;
     l_RukNegF:
         sp[-1] = -sp[-1];
@@ -1312,9 +1337,15 @@ void RukParserPrivate::runNumeric(void *context)
         sp[-1] = mathValue(in->a, sp[-1]);
         RUK_NEXT;
     l_RukSqrtF:
-        sp[-1] = std::sqrt(sp[-1]);
-        if (Q_UNLIKELY(!std::isfinite(sp[-1])))
+        // Checked before, so that the root's latency stays off the branch: a negative, infinite
+        // or NaN operand has no finite root.
+        if (Q_UNLIKELY(!(sp[-1] >= 0.0 && sp[-1] <= std::numeric_limits<double>::max())))
             throwOverflow();
+        if (in->b) {
+            m_result.setFloat(std::sqrt(sp[-1]));
+            return;
+        }
+        sp[-1] = std::sqrt(sp[-1]);
         RUK_NEXT;
     l_RukAndJump:
         if (sp[-1] == 0.0) {
@@ -1341,7 +1372,7 @@ void RukParserPrivate::runNumeric(void *context)
     l_##BASE##VIJ:                                                                                           \
     {                                                                                                        \
         double x;                                                                                            \
-        RUK_LOAD(in->var, x);                                                                                \
+        RUK_LOAD(in->var, in->state, x);                                                                     \
         const int c = compareReal(x, in->imm);                                                               \
         if (!(RESULT)) {                                                                                     \
             in = code + in->a;                                                                               \
@@ -1352,9 +1383,9 @@ void RukParserPrivate::runNumeric(void *context)
     l_##BASE##VVJ:                                                                                           \
     {                                                                                                        \
         double x;                                                                                            \
-        RUK_LOAD(in->var, x);                                                                                \
+        RUK_LOAD(in->var, in->state, x);                                                                     \
         double y;                                                                                            \
-        RUK_LOAD(in->var2, y);                                                                               \
+        RUK_LOAD(in->var2, in->state2, y);                                                                   \
         const int c = compareReal(x, y);                                                                     \
         if (!(RESULT)) {                                                                                     \
             in = code + in->a;                                                                               \
@@ -1369,6 +1400,60 @@ void RukParserPrivate::runNumeric(void *context)
         RUK_COMPARE_JUMP(RukGt, c > 0)
         RUK_COMPARE_JUMP(RukGe, c >= 0)
 #undef RUK_COMPARE_JUMP
+// The inner result needs no check of its own: a sum, difference or product with an infinite or
+// NaN operand is not finite either, so the outer check fails as the inner one would have, with
+// the same message and before any further callback.
+#define RUK_INNER_ARITH(OP) x OP y
+#define RUK_INNER_DIVIDE                                                                                     \
+    if (Q_UNLIKELY(y == 0.0))                                                                                \
+        throwDivisionByZero();                                                                               \
+    x /= y
+#define RUK_ACCUMULATE_CASES(OUTER, OUTER_OP2, INNER, INNER_APPLY)                                           \
+    l_##OUTER##INNER##VI:                                                                                    \
+    {                                                                                                        \
+        double x;                                                                                            \
+        RUK_LOAD(in->var, in->state, x);                                                                     \
+        const double y = in->imm;                                                                            \
+        INNER_APPLY;                                                                                         \
+        const double top = sp[-1] OUTER_OP2 x;                                                               \
+        if (Q_UNLIKELY(!std::isfinite(top)))                                                                 \
+            throwOverflow();                                                                                 \
+        if (in->b) {                                                                                         \
+            m_result.setFloat(top);                                                                          \
+            return;                                                                                          \
+        }                                                                                                    \
+        sp[-1] = top;                                                                                        \
+        RUK_NEXT;                                                                                            \
+    }                                                                                                        \
+    l_##OUTER##INNER##VV:                                                                                    \
+    {                                                                                                        \
+        double x;                                                                                            \
+        RUK_LOAD(in->var, in->state, x);                                                                     \
+        double y;                                                                                            \
+        RUK_LOAD(in->var2, in->state2, y);                                                                   \
+        INNER_APPLY;                                                                                         \
+        const double top = sp[-1] OUTER_OP2 x;                                                               \
+        if (Q_UNLIKELY(!std::isfinite(top)))                                                                 \
+            throwOverflow();                                                                                 \
+        if (in->b) {                                                                                         \
+            m_result.setFloat(top);                                                                          \
+            return;                                                                                          \
+        }                                                                                                    \
+        sp[-1] = top;                                                                                        \
+        RUK_NEXT;                                                                                            \
+    }
+#define RUK_ACCUMULATE_OUTER(OUTER, OUTER_OP)                                                                \
+    RUK_ACCUMULATE_CASES(OUTER, OUTER_OP, Add, RUK_INNER_ARITH(+=))                                          \
+    RUK_ACCUMULATE_CASES(OUTER, OUTER_OP, Sub, RUK_INNER_ARITH(-=))                                          \
+    RUK_ACCUMULATE_CASES(OUTER, OUTER_OP, Mul, RUK_INNER_ARITH(*=))                                          \
+    RUK_ACCUMULATE_CASES(OUTER, OUTER_OP, Div, RUK_INNER_DIVIDE)
+        RUK_ACCUMULATE_OUTER(RukAdd, +)
+        RUK_ACCUMULATE_OUTER(RukSub, -)
+        RUK_ACCUMULATE_OUTER(RukMul, *)
+#undef RUK_ACCUMULATE_OUTER
+#undef RUK_ACCUMULATE_CASES
+#undef RUK_INNER_ARITH
+#undef RUK_INNER_DIVIDE
     l_RukJump:
         in = code + in->a;
         goto * in->label;
@@ -1377,10 +1462,9 @@ void RukParserPrivate::runNumeric(void *context)
     l_RukEqSV:
     l_RukNeSV : {
         // The variable is compared where the callback left it: no copy of the text.
-        RukVarNode *handle = in->var;
-        handle->s->value.m_type = RukData::Unknown;
-        impl->queryVarValue(*handle, context);
-        const RukVarState &var = *in->var->s;
+        in->state->value.m_type = RukData::Unknown;
+        impl->queryVarValue(*in->var, context);
+        const RukVarState &var = *in->state;
         const RukData &value = Q_LIKELY(var.value.m_type == RukData::String && !var.invalid)
             ? var.value
             : loadInPlaceSlow(in->a, in->node);
@@ -1442,22 +1526,34 @@ void RukParserPrivate::fuseNumeric(std::vector<RukInstr> &program)
                 // Keeps the load's node: a failure names the first variable.
                 RukInstr fused = { RukAddVI + 2 * op + withVar, 0, 0, in.node, { withVar ? 0.0 : next.imm } };
                 fused.var = &m_varHandles[size_t(in.a)];
-                if (withVar)
+                fused.state = &m_vars[size_t(in.a)];
+                if (withVar) {
                     fused.var2 = &m_varHandles[size_t(next.a)];
+                    fused.state2 = &m_vars[size_t(next.a)];
+                }
                 moved[++i] = int(out.size());
                 if (op >= 4 && i + 1 < count && !target[i + 1] && program[i + 1].code == RukJumpIfFalse) {
                     fused.code = RukEqVIJ + 2 * (op - 4) + withVar;
                     fused.a = program[i + 1].a;
+                    moved[++i] = int(out.size());
+                } else if (op < 4 && i + 1 < count && !target[i + 1]
+                    && (program[i + 1].code == RukAddF || program[i + 1].code == RukSubF
+                        || program[i + 1].code == RukMulF)) {
+                    const int outer = (program[i + 1].code - RukAddF) / 3; // Add, Sub, Mul
+                    fused.code = RukAddAddVI + 2 * (4 * outer + op) + withVar;
                     moved[++i] = int(out.size());
                 }
                 out.push_back(fused);
                 continue;
             }
         }
-        if (in.code == RukLoadVarF || in.code == RukEqSV || in.code == RukNeSV
-            || (in.code >= RukAddF && in.code <= RukGeFV && (in.code - RukAddF) % 3 == 2))
+        if (in.code == RukPushConst) {
+            in.imm = m_consts[size_t(in.a)].m_v.f;
+        } else if (in.code == RukLoadVarF || in.code == RukEqSV || in.code == RukNeSV
+            || (in.code >= RukAddF && in.code <= RukGeFV && (in.code - RukAddF) % 3 == 2)) {
             in.var = &m_varHandles[size_t(in.a)];
-        else if (in.code == RukMathF && in.a == RukFnSqrt)
+            in.state = &m_vars[size_t(in.a)];
+        } else if (in.code == RukMathF && in.a == RukFnSqrt)
             in.code = RukSqrtF;
         else if (in.code == RukHalt)
             in.code = halt;
@@ -1471,6 +1567,13 @@ void RukParserPrivate::fuseNumeric(std::vector<RukInstr> &program)
     for (RukInstr &in : out) {
         if (in.code == RukJump && out[size_t(in.a)].code == halt)
             in = out[size_t(in.a)];
+    }
+    // An accumulation or a square root just before the end of a floating-point program ends it
+    // itself (b = 1).
+    for (size_t i = 0; i + 1 < out.size(); ++i) {
+        const int c = out[i].code;
+        if (((c >= RukAddAddVI && c <= RukMulDivVV) || c == RukSqrtF) && out[i + 1].code == RukHaltF)
+            out[i].b = 1;
     }
     program.swap(out);
     m_numericThreaded = false;

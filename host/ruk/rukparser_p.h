@@ -119,6 +119,34 @@ enum RukCode : int
     RukGtVVJ,
     RukGeVIJ,
     RukGeVVJ,
+    // A fused arithmetic operation (VI or VV) whose result goes straight into an addition,
+    // subtraction or multiplication with the top of the stack, which takes the result: RukAddMulVI
+    // is top + var * imm. The order is Add, Sub, Mul for the outer operation, then Add, Sub, Mul,
+    // Div for the inner one.
+    RukAddAddVI,
+    RukAddAddVV,
+    RukAddSubVI,
+    RukAddSubVV,
+    RukAddMulVI,
+    RukAddMulVV,
+    RukAddDivVI,
+    RukAddDivVV,
+    RukSubAddVI,
+    RukSubAddVV,
+    RukSubSubVI,
+    RukSubSubVV,
+    RukSubMulVI,
+    RukSubMulVV,
+    RukSubDivVI,
+    RukSubDivVV,
+    RukMulAddVI,
+    RukMulAddVV,
+    RukMulSubVI,
+    RukMulSubVV,
+    RukMulMulVI,
+    RukMulMulVV,
+    RukMulDivVI,
+    RukMulDivVV,
     RukCodeCount
 };
 
@@ -186,8 +214,11 @@ struct RukInstr
         double imm;
         RukVarNode *var2; // the plain-double program's second variable
     };
-    // The plain-double program's own: its variable's handle and the label of its code.
+    // The plain-double program's own: its variables' handles and states (the state once more,
+    // so that a load needs no hop through the handle), and the label of its code.
     RukVarNode *var = nullptr;
+    RukVarState *state = nullptr;
+    RukVarState *state2 = nullptr;
     const void *label = nullptr;
 };
 

@@ -612,6 +612,21 @@ void TestRukEngine::floatPrograms_data()
                                                    << "除数为零" << QStringList({ "x", "z" });
     QTest::newRow("integer value converted in a fused load") << "i + x"
                                                              << "11:9.5" << QStringList({ "i", "x" });
+    // An operation on variables whose result goes straight into the top of the stack.
+    QTest::newRow("accumulation ends the program") << "x + 宽度*2"
+                                                   << "11:8.5" << xw;
+    QTest::newRow("accumulation in the middle") << "x - 宽度/2 + 1"
+                                                << "11:2" << xw;
+    QTest::newRow("accumulation of two variables") << "x * (宽度 - x)"
+                                                   << "11:1.25" << QStringList({ "x", "宽度", "x" });
+    QTest::newRow("accumulation divides by zero") << "x + 宽度/z"
+                                                  << "除数为零" << QStringList({ "x", "宽度", "z" });
+    QTest::newRow("inner overflow fails before the next variable") << "x + 宽度*1e308 + 宽度"
+                                                                   << "计算结果溢出" << xw;
+    QTest::newRow("inner overflow times zero still fails") << "z * (宽度*1e308)"
+                                                           << "计算结果溢出" << QStringList({ "z", "宽度" });
+    QTest::newRow("square root ends the program") << "sqrt(x*宽度)"
+                                                  << "11:2.7386127875258306" << xw;
 }
 
 // Programs over variables announced as floating-point run on plain doubles; their operations are
@@ -654,6 +669,7 @@ void TestRukEngine::floatPrograms()
     vars.invalid.clear();
     vars.values.insert(QStringLiteral("bad"), RukData::fromFloat(2));
     vars.values.insert(QStringLiteral("x"), RukData::fromFloat(4));
+    vars.values.insert(QStringLiteral("宽度"), RukData::fromFloat(1));
     QVERIFY(!run(nullptr).isEmpty());
     QVERIFY(parser.result().isValid());
 }
