@@ -101,8 +101,9 @@ std::vector<Case> &cases()
 }
 
 // Binds each variable node to its slot at setExpression, so that the value callback needs no
-// lookup by name.
-class BoundVars : public RukQueryVarDataTypeImpl, public RukQueryVarValueImpl
+// lookup by name. The value callback's base comes first: called once per variable read, it is
+// the one that should need no this-adjusting thunk.
+class BoundVars : public RukQueryVarValueImpl, public RukQueryVarDataTypeImpl
 {
 public:
     BoundVars()
