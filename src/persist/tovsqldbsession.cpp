@@ -408,7 +408,13 @@ TovSqlDBSession::Binder bindAll(QSqlQuery &query, const QVector<QVariant> &value
 bool TovSqlDBSession::insertData(
     QSqlQuery &query, const QString &table, const QStringList &fields, const QVector<QVariant> &values)
 {
-    if (!d->exec(query, insertSqlStatement(table, fields), bindAll(query, values), true))
+    // The same field list object compares equal without looking at its items.
+    if (d->insertSql.isEmpty() || table != d->insertTable || fields != d->insertFields) {
+        d->insertSql = insertSqlStatement(table, fields);
+        d->insertTable = table;
+        d->insertFields = fields;
+    }
+    if (!d->exec(query, d->insertSql, bindAll(query, values), true))
         return false;
     if (d->isOutputSql)
         SefDebugOutput::write(QLatin1String("lastInsertId:") + d->insertId(query).toString());

@@ -34,6 +34,8 @@ private slots:
     void updateSaveDelete();
     void preparedStatementReused_data();
     void preparedStatementReused();
+    void insertStatementFollowsTableAndFields_data();
+    void insertStatementFollowsTableAndFields();
     void failedPrepareIsRetried_data();
     void failedPrepareIsRetried();
     void failures_data();
@@ -411,6 +413,35 @@ void TestTovSqlDBSession::preparedStatementReused()
     QCOMPARE(query.lastQuery(), update);
     QCOMPARE(countRows(*session), 3);
     QCOMPARE(countRows(*session, QStringLiteral(" WHERE Code = 'c3'")), 0);
+}
+
+void TestTovSqlDBSession::insertStatementFollowsTableAndFields_data()
+{
+    QTest::addColumn<int>("type");
+    addDriverRows("each insert runs the text of its own table and fields");
+}
+
+void TestTovSqlDBSession::insertStatementFollowsTableAndFields()
+{
+    TOV_FETCH_DRIVER();
+    auto session = openItems(type);
+    QVERIFY(session);
+    QSqlQuery create(session->database());
+    TOV_EXEC(*session, create, QStringLiteral("CREATE TABLE Other (Code TEXT)"));
+    session->setIsOutputSql(true);
+    QStringList fields { QStringLiteral("Name") };
+    DebugCapture capture;
+    QSqlQuery query(session->database());
+    QVERIFY(session->insertData(query, QStringLiteral("Items"), fields, { QStringLiteral("a") }));
+    fields[0] = QStringLiteral("Code");
+    QVERIFY(session->insertData(query, QStringLiteral("Items"), fields, { QStringLiteral("b") }));
+    QVERIFY(session->insertData(query, QStringLiteral("Other"), fields, { QStringLiteral("c") }));
+    QVERIFY(session->insertData(query, QStringLiteral("Items"), fields, { QStringLiteral("d") }));
+    QStringList statements = capture.lines().filter(QStringLiteral("INSERT"));
+    QCOMPARE(statements,
+        QStringList({ "INSERT INTO Items (Name) VALUES (?)", "INSERT INTO Items (Code) VALUES (?)",
+            "INSERT INTO Other (Code) VALUES (?)", "INSERT INTO Items (Code) VALUES (?)" }));
+    QCOMPARE(countRows(*session, QStringLiteral(" WHERE Name = 'a' OR Code IN ('b', 'd')")), 3);
 }
 
 void TestTovSqlDBSession::failedPrepareIsRetried_data()
