@@ -210,9 +210,21 @@ void TovLogSysPrivate::commitLogData(TovLogSys::LogData *data)
         return;
     // The record belongs to the calling thread: its row is built before taking the lock, which
     // every thread's rows queue for.
-    const QVector<QVariant> values { data->ID, data->PID, storedLevel(data->Level), data->Msg, data->File,
-        data->Func, data->Line, data->EdoID, data->Category, data->FuncData, timeStampText(data->TimeStamp),
-        data->Time / 1000.0 };
+    // Moved into place: a braced list would copy every value once more.
+    QVector<QVariant> values;
+    values.reserve(12);
+    values.append(QVariant(data->ID));
+    values.append(QVariant(data->PID));
+    values.append(QVariant(storedLevel(data->Level)));
+    values.append(QVariant(data->Msg));
+    values.append(QVariant(data->File));
+    values.append(QVariant(data->Func));
+    values.append(QVariant(data->Line));
+    values.append(QVariant(data->EdoID));
+    values.append(QVariant(data->Category));
+    values.append(QVariant(data->FuncData));
+    values.append(QVariant(timeStampText(data->TimeStamp)));
+    values.append(QVariant(data->Time / 1000.0));
     std::lock_guard<std::mutex> lock(dbMutex);
     if (!session)
         return;
