@@ -48,6 +48,45 @@ QString projectLogFile(const QString &projectDir)
     return projectDir + QLatin1Char('/') + logDbName;
 }
 
+// The text the SQLite driver makes of a date-time, Qt::ISODateWithMs, written digit by digit for
+// the local times of the log's rows: Qt's general formatter costs more than the row's insert.
+// Other time specs, invalid stamps and years Qt does not write as four digits go to Qt.
+QString timeStampText(const QDateTime &stamp)
+{
+    if (stamp.timeSpec() != Qt::LocalTime || !stamp.isValid())
+        return stamp.toString(Qt::ISODateWithMs);
+    int year = 0;
+    int month = 0;
+    int day = 0;
+    stamp.date().getDate(&year, &month, &day);
+    if (year < 0 || year > 9999)
+        return stamp.toString(Qt::ISODateWithMs);
+    int ms = stamp.time().msecsSinceStartOfDay();
+    const int second = ms / 1000 % 60;
+    const int minute = ms / 60000 % 60;
+    const int hour = ms / 3600000;
+    ms %= 1000;
+    QChar text[23];
+    const auto put = [&text](int at, int value, int digits) {
+        for (int i = at + digits - 1; i >= at; --i, value /= 10)
+            text[i] = QChar(u'0' + value % 10);
+    };
+    put(0, year, 4);
+    text[4] = QLatin1Char('-');
+    put(5, month, 2);
+    text[7] = QLatin1Char('-');
+    put(8, day, 2);
+    text[10] = QLatin1Char('T');
+    put(11, hour, 2);
+    text[13] = QLatin1Char(':');
+    put(14, minute, 2);
+    text[16] = QLatin1Char(':');
+    put(17, second, 2);
+    text[19] = QLatin1Char('.');
+    put(20, ms, 3);
+    return QString(text, 23);
+}
+
 void closeAtExit()
 {
     if (logSysInstance)
@@ -171,10 +210,21 @@ void TovLogSysPrivate::commitLogData(TovLogSys::LogData *data)
         return;
     // The record belongs to the calling thread: its row is built before taking the lock, which
     // every thread's rows queue for.
-    const QVector<QVariant> values { data->ID, data->PID, storedLevel(data->Level), data->Msg, data->File,
-        data->Func, data->Line, data->EdoID, data->Category, data->FuncData,
-        // The text the SQLite driver would make of the date-time.
-        data->TimeStamp.toString(Qt::ISODateWithMs), data->Time / 1000.0 };
+    // Moved into place: a braced list would copy every value once more.
+    QVector<QVariant> values;
+    values.reserve(12);
+    values.append(QVariant(data->ID));
+    values.append(QVariant(data->PID));
+    values.append(QVariant(storedLevel(data->Level)));
+    values.append(QVariant(data->Msg));
+    values.append(QVariant(data->File));
+    values.append(QVariant(data->Func));
+    values.append(QVariant(data->Line));
+    values.append(QVariant(data->EdoID));
+    values.append(QVariant(data->Category));
+    values.append(QVariant(data->FuncData));
+    values.append(QVariant(timeStampText(data->TimeStamp)));
+    values.append(QVariant(data->Time / 1000.0));
     std::lock_guard<std::mutex> lock(dbMutex);
     if (!session)
         return;

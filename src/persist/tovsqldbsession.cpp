@@ -6,6 +6,8 @@
 
 #include <QSqlDriver>
 #include <QSqlQuery>
+
+#include <cstring>
 #include <mutex>
 
 namespace {
@@ -395,11 +397,40 @@ bool TovSqlDBSession::execSQL(QSqlQuery &query, const QString &sql, const Binder
 
 namespace {
 
+// True when binding value where bound already is would hand the driver the same thing: same
+// type, same null-ness, same content (doubles bit for bit). Other types always count as changed.
+bool sameBinding(const QVariant &bound, const QVariant &value)
+{
+    const int type = value.userType();
+    if (bound.userType() != type || bound.isNull() != value.isNull())
+        return false;
+    switch (type) {
+    case QMetaType::Int:
+        return *static_cast<const int *>(bound.constData()) == *static_cast<const int *>(value.constData());
+    case QMetaType::LongLong:
+        return *static_cast<const qlonglong *>(bound.constData())
+            == *static_cast<const qlonglong *>(value.constData());
+    case QMetaType::Double:
+        return std::memcmp(bound.constData(), value.constData(), sizeof(double)) == 0;
+    case QMetaType::QString:
+        return *static_cast<const QString *>(bound.constData())
+            == *static_cast<const QString *>(value.constData());
+    default:
+        return false;
+    }
+}
+
+// Binds the values in order. A prepared statement keeps its bound values from one execution to
+// the next, and Qt's bind of one value costs more than comparing it, so a value the query
+// already holds at its place is left as it is.
 TovSqlDBSession::Binder bindAll(QSqlQuery &query, const QVector<QVariant> &values)
 {
     return [&query, &values] {
-        for (const QVariant &value : values)
-            query.addBindValue(value);
+        for (int i = 0; i < values.size(); ++i) {
+            const QVariant &value = values.at(i);
+            if (!sameBinding(query.boundValue(i), value))
+                query.bindValue(i, value);
+        }
     };
 }
 
@@ -408,7 +439,13 @@ TovSqlDBSession::Binder bindAll(QSqlQuery &query, const QVector<QVariant> &value
 bool TovSqlDBSession::insertData(
     QSqlQuery &query, const QString &table, const QStringList &fields, const QVector<QVariant> &values)
 {
-    if (!d->exec(query, insertSqlStatement(table, fields), bindAll(query, values), true))
+    // The same field list object compares equal without looking at its items.
+    if (d->insertSql.isEmpty() || table != d->insertTable || fields != d->insertFields) {
+        d->insertSql = insertSqlStatement(table, fields);
+        d->insertTable = table;
+        d->insertFields = fields;
+    }
+    if (!d->exec(query, d->insertSql, bindAll(query, values), true))
         return false;
     if (d->isOutputSql)
         SefDebugOutput::write(QLatin1String("lastInsertId:") + d->insertId(query).toString());

@@ -32,4 +32,9 @@ public:
     bool isOutputSql = false;
     // A transaction begun through this session is open.
     bool inTransaction = false;
+    // The statement insertData built last, reused while its table and fields repeat: a writer
+    // that logs row after row into one table pays for the text once.
+    QString insertTable;
+    QStringList insertFields;
+    QString insertSql;
 };

@@ -33,6 +33,8 @@ private slots:
     void rows();
     void contextAndFormattedStarts();
     void durationAndTimeStamp();
+    void storedTimeStampText_data();
+    void storedTimeStampText();
     void funcDataFiles_data();
     void funcDataFiles();
     void funcDataWithoutMessageIsDebugOutput();
@@ -106,6 +108,12 @@ QStringList describe(const QVector<LogRow> &rows)
     }
     return out;
 }
+
+// Commits a record built by the test through the log system's protected hook.
+struct CommitHook : TovLogSys
+{
+    static void commit(TovLogSys::LogData *data) { (instance()->*&CommitHook::commitLogData)(data); }
+};
 
 } // namespace
 
@@ -304,6 +312,47 @@ void TestTovLogSys::durationAndTimeStamp()
     const QDateTime stamp = QDateTime::fromString(rows[0].timeStamp, Qt::ISODateWithMs);
     QVERIFY2(stamp.isValid() && stamp >= before && stamp <= QDateTime::currentDateTime(),
         qPrintable(rows[0].timeStamp));
+}
+
+void TestTovLogSys::storedTimeStampText_data()
+{
+    QTest::addColumn<QDateTime>("stamp");
+    QTest::addColumn<QString>("stored");
+    const QDate day(2026, 3, 4);
+    QTest::newRow("local time, every field padded")
+        << QDateTime(day, QTime(5, 6, 7, 8), Qt::LocalTime) << "2026-03-04T05:06:07.008";
+    QTest::newRow("local time, last millisecond of the day")
+        << QDateTime(QDate(2025, 12, 31), QTime(23, 59, 59, 999), Qt::LocalTime) << "2025-12-31T23:59:59.999";
+    QTest::newRow("local time, midnight")
+        << QDateTime(day, QTime(0, 0), Qt::LocalTime) << "2026-03-04T00:00:00.000";
+    QTest::newRow("local time, year 1")
+        << QDateTime(QDate(1, 1, 1), QTime(12, 0), Qt::LocalTime) << "0001-01-01T12:00:00.000";
+    QTest::newRow("local time, year 9999")
+        << QDateTime(QDate(9999, 11, 30), QTime(1, 2, 3, 40), Qt::LocalTime) << "9999-11-30T01:02:03.040";
+    QTest::newRow("local time past year 9999 has no text")
+        << QDateTime(QDate(10000, 1, 1), QTime(0, 0), Qt::LocalTime) << "NULL";
+    QTest::newRow("UTC keeps its Z") << QDateTime(day, QTime(5, 6, 7, 8), Qt::UTC)
+                                     << "2026-03-04T05:06:07.008Z";
+    QTest::newRow("offset from UTC keeps its offset")
+        << QDateTime(day, QTime(5, 6, 7, 8), Qt::OffsetFromUTC, 8 * 3600) << "2026-03-04T05:06:07.008+08:00";
+    QTest::newRow("invalid stamp has no text") << QDateTime() << "NULL";
+}
+
+void TestTovLogSys::storedTimeStampText()
+{
+    QFETCH(QDateTime, stamp);
+    QFETCH(QString, stored);
+    // The text is the one Qt's SQLite driver makes of a bound date-time.
+    QCOMPARE(stamp.toString(Qt::ISODateWithMs), stored == QLatin1String("NULL") ? QString() : stored);
+    TovLogSys::LogData data;
+    data.ID = 9000;
+    data.Msg = QStringLiteral("stamped");
+    data.TimeStamp = stamp;
+    CommitHook::commit(&data);
+    QStringList texts;
+    forEachRow(dbFile(), QStringLiteral("SELECT ifnull(TimeStamp, 'NULL') FROM LogData"),
+        [&texts](QSqlQuery &q) { texts << q.value(0).toString(); });
+    QCOMPARE(texts, QStringList { stored });
 }
 
 void TestTovLogSys::funcDataFiles_data()

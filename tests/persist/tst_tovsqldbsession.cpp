@@ -34,6 +34,10 @@ private slots:
     void updateSaveDelete();
     void preparedStatementReused_data();
     void preparedStatementReused();
+    void insertStatementFollowsTableAndFields_data();
+    void insertStatementFollowsTableAndFields();
+    void repeatedInsertStoresEachValue_data();
+    void repeatedInsertStoresEachValue();
     void failedPrepareIsRetried_data();
     void failedPrepareIsRetried();
     void failures_data();
@@ -411,6 +415,85 @@ void TestTovSqlDBSession::preparedStatementReused()
     QCOMPARE(query.lastQuery(), update);
     QCOMPARE(countRows(*session), 3);
     QCOMPARE(countRows(*session, QStringLiteral(" WHERE Code = 'c3'")), 0);
+}
+
+void TestTovSqlDBSession::insertStatementFollowsTableAndFields_data()
+{
+    QTest::addColumn<int>("type");
+    addDriverRows("each insert runs the text of its own table and fields");
+}
+
+void TestTovSqlDBSession::insertStatementFollowsTableAndFields()
+{
+    TOV_FETCH_DRIVER();
+    auto session = openItems(type);
+    QVERIFY(session);
+    QSqlQuery create(session->database());
+    TOV_EXEC(*session, create, QStringLiteral("CREATE TABLE Other (Code TEXT)"));
+    session->setIsOutputSql(true);
+    QStringList fields { QStringLiteral("Name") };
+    DebugCapture capture;
+    QSqlQuery query(session->database());
+    QVERIFY(session->insertData(query, QStringLiteral("Items"), fields, { QStringLiteral("a") }));
+    fields[0] = QStringLiteral("Code");
+    QVERIFY(session->insertData(query, QStringLiteral("Items"), fields, { QStringLiteral("b") }));
+    QVERIFY(session->insertData(query, QStringLiteral("Other"), fields, { QStringLiteral("c") }));
+    QVERIFY(session->insertData(query, QStringLiteral("Items"), fields, { QStringLiteral("d") }));
+    QStringList statements = capture.lines().filter(QStringLiteral("INSERT"));
+    QCOMPARE(statements,
+        QStringList({ "INSERT INTO Items (Name) VALUES (?)", "INSERT INTO Items (Code) VALUES (?)",
+            "INSERT INTO Other (Code) VALUES (?)", "INSERT INTO Items (Code) VALUES (?)" }));
+    QCOMPARE(countRows(*session, QStringLiteral(" WHERE Name = 'a' OR Code IN ('b', 'd')")), 3);
+}
+
+void TestTovSqlDBSession::repeatedInsertStoresEachValue_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<QVariant>("first");
+    QTest::addColumn<QVariant>("second");
+    QTest::addColumn<QString>("stored");
+    addDriverRow("same text again", QVariant(QStringLiteral("路")), QVariant(QStringLiteral("路")),
+        QStringLiteral("text '路'"));
+    addDriverRow("same integer again", QVariant(7), QVariant(7), QStringLiteral("integer 7"));
+    addDriverRow("same real again", QVariant(0.5), QVariant(0.5), QStringLiteral("real 0.5"));
+    addDriverRow("other text", QVariant(QStringLiteral("a")), QVariant(QStringLiteral("b")),
+        QStringLiteral("text 'b'"));
+    addDriverRow("null text after empty text", QVariant(QLatin1String("")), QVariant(QString()),
+        QStringLiteral("null NULL"));
+    addDriverRow("empty text after null text", QVariant(QString()), QVariant(QLatin1String("")),
+        QStringLiteral("text ''"));
+    addDriverRow(
+        "text of the integer before", QVariant(7), QVariant(QStringLiteral("7")), QStringLiteral("text '7'"));
+    addDriverRow("integer of the text before", QVariant(QStringLiteral("7")), QVariant(7),
+        QStringLiteral("integer 7"));
+    addDriverRow("real equal to the integer before", QVariant(2), QVariant(2.0), QStringLiteral("real 2.0"));
+    addDriverRow(
+        "null integer after zero", QVariant(0), QVariant(QVariant::Int), QStringLiteral("null NULL"));
+    addDriverRow(
+        "zero after null integer", QVariant(QVariant::Int), QVariant(0), QStringLiteral("integer 0"));
+}
+
+void TestTovSqlDBSession::repeatedInsertStoresEachValue()
+{
+    TOV_FETCH_DRIVER();
+    QFETCH(QVariant, first);
+    QFETCH(QVariant, second);
+    QFETCH(QString, stored);
+    auto session = openItems(type);
+    QVERIFY(session);
+    QSqlQuery query(session->database());
+    // No declared type: the column keeps the type each value was bound with.
+    TOV_EXEC(*session, query, QStringLiteral("CREATE TABLE Kept (k INTEGER, v)"));
+    const QStringList fields { QStringLiteral("k"), QStringLiteral("v") };
+    QVERIFY2(session->insertData(query, QStringLiteral("Kept"), fields, { 1, first }),
+        qPrintable(session->lastError().text()));
+    QVERIFY2(session->insertData(query, QStringLiteral("Kept"), fields, { 2, second }),
+        qPrintable(session->lastError().text()));
+    QSqlQuery check(session->database());
+    TOV_EXEC(*session, check, QStringLiteral("SELECT k, typeof(v) || ' ' || quote(v) FROM Kept ORDER BY k"));
+    QVERIFY(check.next() && check.next());
+    QCOMPARE(check.value(0).toInt(), 2);
+    QCOMPARE(check.value(1).toString(), stored);
 }
 
 void TestTovSqlDBSession::failedPrepareIsRetried_data()
