@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QSet>
+#include <QString>
+
+#include <vector>
+
+// Lets equal short texts that a loader reads into one column share one string: codes, kinds and
+// units repeat over thousands of rows, and one shared block per distinct text saves the memory
+// and keeps those few texts in cache when the rows are read again. Sharing is invisible to
+// callers: a QString is a value, and changing one copy detaches it.
+//
+// A column whose texts turn out to be mostly distinct (names, numbers as text) is no longer
+// pooled, so that a load of unique texts pays only for the first few lookups.
+class RixMemTextPool
+{
+public:
+    explicit RixMemTextPool(int columns);
+
+    // QString::fromUtf8(text, length), the pooled copy when the column has one.
+    QString fromUtf8(int column, const char *text, int length);
+    // QString(text, length), the pooled copy when the column has one.
+    QString fromUtf16(int column, const QChar *text, int length);
+
+private:
+    struct Column
+    {
+        QHash<QByteArray, QString> byUtf8;
+        QSet<QString> byText;
+        int lookups = 0;
+        int hits = 0;
+        bool enabled = true;
+    };
+
+    Column *pooled(int column, int length);
+    // Counts the lookup; stops pooling the column once most lookups miss.
+    void count(Column &column, bool hit);
+
+    std::vector<Column> m_columns;
+};
