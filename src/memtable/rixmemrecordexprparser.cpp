@@ -222,6 +222,15 @@ void RixMemRecordExprParser::queryVarValue(RukVarNode &node, void *)
     if (!m_record)
         return;
     const qintptr tag = node.tag();
+    if (tag > 0 && m_record == m_indexedRecord && !m_record->m_refRecord) {
+        // A record without a reference record: its stored value is the effective one.
+        const QVector<QVariant> &values = m_record->m_values;
+        const int index = int(tag - 1);
+        if (index < values.size()) {
+            handOver(node, values.at(index));
+            return;
+        }
+    }
     // The index is the record's own only when the record's table uses the field set that typed
     // the expression.
     if (tag > 0 && (m_record == m_indexedRecord || m_record->usesFields(m_fields)))
