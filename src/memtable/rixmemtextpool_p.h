@@ -1,10 +1,11 @@
 #pragma once
 
-#include <QByteArray>
-#include <QHash>
-#include <QSet>
 #include <QString>
 
+#include <deque>
+#include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 // Lets equal short texts that a loader reads into one column share one string: codes, kinds and
@@ -25,18 +26,21 @@ public:
     QString fromUtf16(int column, const QChar *text, int length);
 
 private:
+    // Lookups take views of the loader's bytes, so that a lookup allocates nothing (a raw-data
+    // QByteArray or QString would allocate its header).
     struct Column
     {
-        QHash<QByteArray, QString> byUtf8;
-        QSet<QString> byText;
+        std::unordered_map<std::string_view, QString> byUtf8;
+        std::deque<std::string> utf8Keys; // the bytes the byUtf8 keys view
+        std::unordered_map<std::u16string_view, QString> byUtf16; // keys view the pooled texts
         int lookups = 0;
         int hits = 0;
         bool enabled = true;
     };
 
     Column *pooled(int column, int length);
-    // Counts the lookup; stops pooling the column once most lookups miss.
-    void count(Column &column, bool hit);
+    // Counts a lookup that missed; stops pooling the column once most lookups miss.
+    void missed(Column &column);
 
     std::vector<Column> m_columns;
 };
