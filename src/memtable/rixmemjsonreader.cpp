@@ -3,6 +3,7 @@
 #include "rixmemfield.h"
 #include "rixmemfields.h"
 #include "rixmemrecord.h"
+#include "rixmemtextpool_p.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -87,6 +88,7 @@ public:
         , m_fields(fields)
         , m_access(access)
         , m_rows(rows)
+        , m_texts(fields->count())
     {
         const int count = fields->count();
         m_types.reserve(size_t(count));
@@ -119,7 +121,13 @@ public:
             return scalar([] { return QJsonValue(); });
         if (!decodesAsDocument(text, length))
             return false;
-        return apply(QJsonValue(QString::fromUtf8(text, int(length))));
+        if (m_isRefId || !keepsText(m_index))
+            return apply(QJsonValue(QString::fromUtf8(text, int(length))));
+        // Stored as the very string, not through a QJsonValue (which keeps a copy of its own), so
+        // that pooled texts stay shared.
+        stamp();
+        m_access.setVariant(m_record, m_index, QVariant(m_texts.fromUtf8(m_index, text, int(length))));
+        return true;
     }
 
     bool Key(const char *text, rapidjson::SizeType length, bool)
@@ -153,6 +161,20 @@ public:
 
 private:
     bool relevant() const { return m_index >= 0 || m_isRefId; }
+    // Whether the field stores a text value as it is (toVariant() makes no conversion).
+    bool keepsText(int index) const
+    {
+        const int type = m_types[size_t(index)];
+        return type == QMetaType::QString || type == QMetaType::UnknownType;
+    }
+    // Marks the current field as set in this row; a second key reaching it is a collision.
+    void stamp()
+    {
+        int &stamp = m_stamps[size_t(m_index)];
+        if (stamp == m_rowNumber)
+            m_collision = true;
+        stamp = m_rowNumber;
+    }
 
     template<typename Make>
     bool scalar(Make make)
@@ -178,10 +200,7 @@ private:
             m_refId = value.toInt(-1);
         }
         if (m_index >= 0) {
-            int &stamp = m_stamps[size_t(m_index)];
-            if (stamp == m_rowNumber)
-                m_collision = true;
-            stamp = m_rowNumber;
+            stamp();
             m_access.setVariant(
                 m_record, m_index, RixMemJsonReader::toVariant(value, m_types[size_t(m_index)]));
         }
@@ -272,6 +291,7 @@ private:
     std::vector<int> m_stamps; // the row that last set each field
     std::vector<std::string> m_lastKeys;
     std::vector<int> m_lastFields;
+    RixMemTextPool m_texts;
     RixMemRecord *m_record = nullptr;
     int m_depth = 0;
     bool m_inRow = false;

@@ -98,6 +98,7 @@ protected:
 private:
     friend class RixMemTable;
     friend class RixMemRecordExprParser;
+    friend struct RixMemPrefetch;
 
     // getVariant() without the copy; a shared null value out of range.
     const QVariant &effectiveValue(int index) const;

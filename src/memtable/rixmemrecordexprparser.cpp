@@ -18,10 +18,12 @@ struct EvaluationScope
 {
     RixMemRecord *&record;
     RixMemRecordExprVarQuerier *&querier;
+    const RixMemRecord *&indexedRecord;
     ~EvaluationScope()
     {
         record = nullptr;
         querier = nullptr;
+        indexedRecord = nullptr;
     }
 };
 
@@ -152,8 +154,12 @@ bool RixMemRecordExprParser::accept(RixMemRecord *const record)
     if (!m_valid)
         return false;
     listen();
-    EvaluationScope scope { m_record, m_querier };
+    EvaluationScope scope { m_record, m_querier, m_indexedRecord };
     m_record = record;
+    // Nothing but this parser runs during the evaluation, so the record's field set is checked
+    // once, not once per variable.
+    if (record && record->usesFields(m_fields))
+        m_indexedRecord = record;
     try {
         m_parser.evaluate();
         return m_parser.result().asBoolean();
@@ -167,7 +173,7 @@ QVariant RixMemRecordExprParser::asVariant(
     const QString &expr, RixMemRecordExprVarQuerier *querier, RixMemRecord *record)
 {
     listen();
-    EvaluationScope scope { m_record, m_querier };
+    EvaluationScope scope { m_record, m_querier, m_indexedRecord };
     m_querier = querier;
     m_record = record;
     try {
@@ -216,9 +222,18 @@ void RixMemRecordExprParser::queryVarValue(RukVarNode &node, void *)
     if (!m_record)
         return;
     const qintptr tag = node.tag();
+    if (tag > 0 && m_record == m_indexedRecord && !m_record->m_refRecord) {
+        // A record without a reference record: its stored value is the effective one.
+        const QVector<QVariant> &values = m_record->m_values;
+        const int index = int(tag - 1);
+        if (index < values.size()) {
+            handOver(node, values.at(index));
+            return;
+        }
+    }
     // The index is the record's own only when the record's table uses the field set that typed
     // the expression.
-    if (tag > 0 && m_record->usesFields(m_fields))
+    if (tag > 0 && (m_record == m_indexedRecord || m_record->usesFields(m_fields)))
         handOver(node, m_record->effectiveValue(int(tag - 1)));
     else
         handOver(node, m_record->getVariant(node.varCode()));

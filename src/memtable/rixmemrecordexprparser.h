@@ -62,6 +62,8 @@ private:
     RixMemFields *m_fields = nullptr;
     RixMemRecord *m_record = nullptr;
     RixMemRecordExprVarQuerier *m_querier = nullptr;
+    // m_record while accept() knows that the field indexes are its own.
+    const RixMemRecord *m_indexedRecord = nullptr;
     bool m_valid = false;
     // Which of the copies sharing m_parser is its value callback, so that a copy that goes away
     // never stays registered.

@@ -6,6 +6,7 @@
 #include "rixmemjsonreader_p.h"
 #include "rixmemrecord.h"
 #include "rixmemtableview.h"
+#include "rixmemtextpool_p.h"
 
 #include <QCborMap>
 #include <QCborValue>
@@ -33,11 +34,11 @@ inline bool isAsciiSpace(char c)
 
 // A cell inside a line, decoded as the line's decoding would: a byte-order mark is a character
 // there, whereas QString::fromUtf8 drops one at the start of what it decodes.
-QString decodeCell(const char *begin, const char *end)
+QString decodeCell(const char *begin, const char *end, int field, RixMemTextPool &texts)
 {
     static const char bom[] = "\xEF\xBB\xBF";
     if (end - begin < 3 || std::memcmp(begin, bom, 3) != 0)
-        return QString::fromUtf8(begin, int(end - begin));
+        return texts.fromUtf8(field, begin, int(end - begin));
     QString text;
     while (end - begin >= 3 && std::memcmp(begin, bom, 3) == 0) {
         text += QChar(0xFEFF);
@@ -357,7 +358,8 @@ void RixMemTable::assign(RixMemTable *source, bool withRecords)
         appendRecords(source);
 }
 
-void RixMemTable::loadCells(const QString &line, QChar separator, const QVector<int> &columns)
+void RixMemTable::loadCells(
+    const QString &line, QChar separator, const QVector<int> &columns, RixMemTextPool &texts)
 {
     RixMemRecord *record = newRecord();
     int column = 0;
@@ -367,8 +369,11 @@ void RixMemTable::loadCells(const QString &line, QChar separator, const QVector<
         int end = line.indexOf(separator, start);
         if (end < 0)
             end = size;
-        if (end > start)
-            record->setVariant(columns.at(column++), QVariant(line.mid(start, end - start)));
+        if (end > start) {
+            const int field = columns.at(column++);
+            record->setVariant(
+                field, QVariant(texts.fromUtf16(field, line.constData() + start, end - start)));
+        }
         start = end + 1;
     }
     if (column > 0)
@@ -413,6 +418,7 @@ void RixMemTable::loadFromCSVFile(const QString &fileName, bool hasHeader)
     }
     p = eol == end ? end : eol + 1;
 
+    RixMemTextPool texts(tableFields->count());
     while (p < end) {
         eol = lineEnd(p);
         const char *b = p;
@@ -426,8 +432,8 @@ void RixMemTable::loadFromCSVFile(const QString &fileName, bool hasHeader)
         if ((b < e && (uchar(*b) >= 0x80 || uchar(e[-1]) >= 0x80))) {
             // The line may begin or end with white space outside ASCII (or a byte-order mark):
             // decode and trim it as text.
-            loadCells(
-                QString::fromUtf8(lineBegin, int(eol - lineBegin)).trimmed(), QLatin1Char(','), columns);
+            loadCells(QString::fromUtf8(lineBegin, int(eol - lineBegin)).trimmed(), QLatin1Char(','), columns,
+                texts);
             continue;
         }
         // Cells are decoded straight from the bytes: ',' never occurs inside a UTF-8 sequence.
@@ -436,8 +442,10 @@ void RixMemTable::loadFromCSVFile(const QString &fileName, bool hasHeader)
         while (b < e && column < columns.size()) {
             const void *comma = std::memchr(b, ',', size_t(e - b));
             const char *cellEnd = comma ? static_cast<const char *>(comma) : e;
-            if (cellEnd > b)
-                record->setVariant(columns.at(column++), QVariant(decodeCell(b, cellEnd)));
+            if (cellEnd > b) {
+                const int field = columns.at(column++);
+                record->setVariant(field, QVariant(decodeCell(b, cellEnd, field, texts)));
+            }
             b = cellEnd + 1;
         }
         if (column > 0)
@@ -467,10 +475,11 @@ void RixMemTable::loadFromString(QString text, QChar separator, const QStringLis
         }
     }
     const QVector<QStringRef> lines = text.splitRef(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    RixMemTextPool texts(tableFields->count());
     for (const QStringRef &line : lines) {
         const QString trimmed = line.trimmed().toString();
         if (!trimmed.isEmpty())
-            loadCells(trimmed, separator, columns);
+            loadCells(trimmed, separator, columns, texts);
     }
 }
 
@@ -522,6 +531,7 @@ void RixMemTable::loadFromJson(const QJsonArray &array)
     // copy); only a different key is looked up by name.
     QVector<QCborValue> lastKeys;
     QVector<int> lastFields;
+    RixMemTextPool texts(tableFields->count());
     for (const QJsonValue element : array) {
         const QJsonObject object = element.toObject();
         const QCborMap keys = QCborMap::fromJsonObject(object);
@@ -545,8 +555,14 @@ void RixMemTable::loadFromJson(const QJsonArray &array)
             }
             if (index < 0)
                 continue;
-            record->setVariant(
-                index, RixMemJsonReader::toVariant(it.value(), tableFields->items(index)->dataType()));
+            const QJsonValue value = it.value();
+            const int type = tableFields->items(index)->dataType();
+            if (value.isString() && (type == QMetaType::QString || type == QMetaType::UnknownType)) {
+                const QString text = value.toString();
+                record->setVariant(index, QVariant(texts.fromUtf16(index, text.constData(), text.size())));
+            } else {
+                record->setVariant(index, RixMemJsonReader::toVariant(value, type));
+            }
         }
         if (!refTable) {
             // Continues from the largest "ID", without adding one.

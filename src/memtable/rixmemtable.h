@@ -17,6 +17,7 @@ class RixMemRecord;
 class RixMemRecordExprVarQuerier;
 class RixMemTablePrivate;
 class RixMemTableView;
+class RixMemTextPool;
 
 // A named table of typed fields and the records it owns. A table layered over a reference table
 // uses that table's field set and name, and its records may inherit the reference's records'
@@ -132,7 +133,7 @@ private:
     friend class RixMemTableView;
 
     // Loads one line's cells into a new record; appended when a value was set, else deleted.
-    void loadCells(const QString &line, QChar separator, const QVector<int> &columns);
+    void loadCells(const QString &line, QChar separator, const QVector<int> &columns, RixMemTextPool &texts);
 
     const std::unique_ptr<RixMemTablePrivate> d;
 };

@@ -3,6 +3,7 @@
 
 #include "rixmemfield.h"
 #include "rixmemfields.h"
+#include "rixmemprefetch_p.h"
 #include "rixmemrecord.h"
 #include "rixmemtable.h"
 #include "rixmemtablefilterrule.h"
@@ -129,9 +130,10 @@ void stableSort(std::vector<T> &items, const Before &before)
 
 // Keeps the records for which keep(record) holds, asking from the last record to the first as
 // the filters are documented to; the kept records stay in order. keep must not reach code that
-// could change the list.
-template<typename Keep>
-void filterInPlace(QList<RixMemRecord *> &records, const Keep &keep)
+// could change the list, but it may delete records: alive(record) tells whether a record not yet
+// asked about may still be read.
+template<typename Keep, typename Alive>
+void filterInPlace(QList<RixMemRecord *> &records, const Keep &keep, const Alive &alive)
 {
     const int count = records.size();
     if (count == 0)
@@ -139,6 +141,7 @@ void filterInPlace(QList<RixMemRecord *> &records, const Keep &keep)
     QList<RixMemRecord *>::iterator it = records.begin();
     int kept = count;
     for (int i = count - 1; i >= 0; --i) {
+        RixMemPrefetch::ahead(it, count, i, -1, alive);
         RixMemRecord *record = it[i];
         if (keep(record))
             it[--kept] = record;
@@ -158,6 +161,7 @@ void filterPure(QList<RixMemRecord *> &records, const Keep &keep)
     QList<RixMemRecord *>::iterator it = records.begin();
     int kept = 0;
     for (int i = 0; i < count; ++i) {
+        RixMemPrefetch::ahead(it, count, i, 1, [](RixMemRecord *) { return true; });
         RixMemRecord *record = it[i];
         if (keep(record))
             it[kept++] = record;
@@ -477,13 +481,16 @@ void RixMemTableView::applyFilter(const QString &name, std::function<void(RixMem
     // The function may reach the table (and so this list): it runs over a copy.
     QList<RixMemRecord *> records = d->records;
     CallingOut calling(d.get());
-    filterInPlace(records, [&](RixMemRecord *record) {
-        if (calling.forgotten(record))
-            return false;
-        bool keep = false;
-        filter(record, keep);
-        return keep;
-    });
+    filterInPlace(
+        records,
+        [&](RixMemRecord *record) {
+            if (calling.forgotten(record))
+                return false;
+            bool keep = false;
+            filter(record, keep);
+            return keep;
+        },
+        [&](RixMemRecord *record) { return !calling.forgotten(record); });
     if (!d->forgottenWhileCalling.isEmpty())
         filterPure(records, [&](RixMemRecord *record) { return !calling.forgotten(record); });
     d->records = std::move(records);

@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QJsonObject>
 #include <QPointer>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -66,6 +67,19 @@ bool sameVariant(const QVariant &a, const QVariant &b)
     return a == b;
 }
 
+// "row r field f: value" of the first record value that is not the expected text; empty when all are.
+QString firstDifference(const RixMemTable &table, const QVector<QStringList> &expected)
+{
+    for (int r = 0; r < expected.size(); ++r) {
+        for (int f = 0; f < expected[r].size(); ++f) {
+            const QVariant value = table.items(r)->getVariant(f);
+            if (value.userType() != QMetaType::QString || value.toString() != expected[r][f])
+                return QStringLiteral("row %1 field %2: %3").arg(r).arg(f).arg(value.toString());
+        }
+    }
+    return QString();
+}
+
 QString savedJson(RixMemTable &table)
 {
     QByteArray json("untouched");
@@ -95,6 +109,8 @@ private slots:
     void loadFromJsonOverReference();
     void loadFromJsonMatchesDocument_data();
     void loadFromJsonMatchesDocument();
+    void repeatedTextsStayValues_data();
+    void repeatedTextsStayValues();
     void saveToJson_data();
     void saveToJson();
     void layerSavesOnlyChanges();
@@ -494,6 +510,75 @@ void TestRixMemTable::loadFromJsonMatchesDocument()
         QCOMPARE(layer.items(0)->refRecord(), base.items(1));
         QCOMPARE(layer.items(1)->refRecord(), base.items(0));
     }
+}
+
+void TestRixMemTable::repeatedTextsStayValues_data()
+{
+    QTest::addColumn<QString>("loader");
+
+    QTest::newRow("JSON bytes") << "json";
+    QTest::newRow("JSON array") << "array";
+    QTest::newRow("CSV file") << "csv";
+    QTest::newRow("delimited string") << "string";
+}
+
+// The loaders read the same texts over many rows; every record must still hold its own value:
+// equal to what was read and unaffected by a change to any other record or to a copy.
+void TestRixMemTable::repeatedTextsStayValues()
+{
+    QFETCH(QString, loader);
+
+    // Kind is distinct at first and repeats later; Name never repeats; Note repeats a long text
+    // and a text outside ASCII.
+    const int rows = 900;
+    const QString longText = QStringLiteral("a text well beyond the length of a short code");
+    QVector<QStringList> expected;
+    for (int i = 0; i < rows; ++i) {
+        const QString kind = i < 300 ? QStringLiteral("K%1").arg(i) : QStringLiteral("K%1").arg(i % 3);
+        const QString note = i % 2 ? longText : QStringLiteral("沥青");
+        expected.append({ QStringLiteral("R%1").arg(i), kind, note });
+    }
+
+    RixMemTable table;
+    addFields(table, QStringLiteral("Name,Kind,Note"));
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    if (loader == QLatin1String("json") || loader == QLatin1String("array")) {
+        QJsonArray array;
+        for (const QStringList &row : qAsConst(expected))
+            array.append(QJsonObject { { "Name", row[0] }, { "Kind", row[1] }, { "Note", row[2] } });
+        if (loader == QLatin1String("json"))
+            table.loadFromJson(QJsonDocument(array).toJson());
+        else
+            table.loadFromJson(array);
+    } else if (loader == QLatin1String("csv")) {
+        QByteArray content("Name,Kind,Note\n");
+        for (const QStringList &row : qAsConst(expected))
+            content += row.join(QLatin1Char(',')).toUtf8() + '\n';
+        const QString path = dir.filePath(QStringLiteral("rows.csv"));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(content);
+        file.close();
+        table.loadFromCSVFile(path, true);
+    } else {
+        QStringList lines;
+        for (const QStringList &row : qAsConst(expected))
+            lines << row.join(QLatin1Char(';'));
+        table.loadFromString(lines.join(QLatin1Char('\n')), QLatin1Char(';'), QStringList());
+    }
+
+    QCOMPARE(table.recordCount(), rows);
+    QCOMPARE(firstDifference(table, expected), QString());
+
+    // A record changed in place, and a copy of a value changed, leave every other record alone.
+    table.items(303)->setAsString(QStringLiteral("Kind"), QStringLiteral("changed"), false);
+    table.items(1)->setVariant(QStringLiteral("Note"), QStringLiteral("mine"));
+    QString copy = table.items(0)->asString(QStringLiteral("Note"));
+    copy[0] = QLatin1Char('x');
+    expected[303][1] = QStringLiteral("changed");
+    expected[1][2] = QStringLiteral("mine");
+    QCOMPARE(firstDifference(table, expected), QString());
 }
 
 void TestRixMemTable::saveToJson_data()

@@ -76,6 +76,7 @@ private slots:
     void deletedRecordsLeaveTheView_data();
     void deletedRecordsLeaveTheView();
     void recordsDeletedByAFilterFunction();
+    void longViewWhoseFilterDeletesRecordsAhead();
     void viewOutlivesItsTable();
     void createViewFiltersAndBelongsToTable();
 
@@ -816,6 +817,40 @@ void TestRixMemTableView::recordsDeletedByAFilterFunction()
     });
     QVERIFY(!found);
     QVERIFY(view.isEmpty());
+}
+
+// The view reads ahead of the filter function in a long list; the records the function deletes
+// there must never be read again (the address sanitizer build catches a read).
+void TestRixMemTableView::longViewWhoseFilterDeletesRecordsAhead()
+{
+    QList<QVariant> counts;
+    for (int i = 1; i <= 60; ++i)
+        counts.append(i);
+    addRows(column(QStringLiteral("Count"), counts));
+    RixMemTableView view(m_table.get());
+    IdList asked;
+    IdList remaining;
+    view.applyFilter(QStringLiteral("deletes ahead"), [&](RixMemRecord *record, bool &keep) {
+        const int id = record->asInteger(QStringLiteral("ID"));
+        asked.append(id);
+        // The first record asked is the last one; every other record before it goes at once.
+        if (id == 60) {
+            for (int i = m_table->recordCount() - 2; i >= 0; i -= 2)
+                m_table->deleteRecord(i);
+        }
+        keep = id % 3 != 0;
+    });
+    IdList expectedAsked;
+    for (int id = 60; id >= 1; --id) {
+        if (id == 60 || id % 2 == 0)
+            expectedAsked.append(id);
+    }
+    for (int i = expectedAsked.size() - 1; i >= 0; --i) {
+        if (expectedAsked[i] % 3 != 0)
+            remaining.append(expectedAsked[i]);
+    }
+    QCOMPARE(asked, expectedAsked);
+    QCOMPARE(ids(view), remaining);
 }
 
 void TestRixMemTableView::viewOutlivesItsTable()
