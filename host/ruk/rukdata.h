@@ -33,7 +33,7 @@ public:
 
     int dataType() const { return m_type; }
     // False for a default-constructed data and for a failed evaluation's result.
-    bool isValid() const { return m_valid; }
+    bool isValid() const { return m_valid != 0; }
     void setIsValid(bool valid) { m_valid = valid; }
 
     // Numbers as they are, booleans as 1 or 0, texts that read as numbers as those numbers,
@@ -96,7 +96,8 @@ private:
     double asFloatSlow() const;
 
     int m_type = Unknown;
-    bool m_valid = false;
+    // An int rather than a bool: a setter's two constant stores then merge into one.
+    int m_valid = false;
     // Only the member of the current type is meaningful; m_s may hold a stale text when the
     // type is not String (the evaluator reuses its slots without touching their texts).
     union {

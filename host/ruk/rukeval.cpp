@@ -1234,8 +1234,7 @@ void RukParserPrivate::runNumeric(void *context)
     // Never null, and replaced only between evaluations.
     RukQueryVarValueImpl *const impl = m_valueImpl;
     double *sp = m_numberStack.data(); // the next free slot
-    const RukInstr *const code = m_program.data();
-    const RukInstr *in = code;
+    const RukInstr *in = m_program.data();
     try {
 #define RUK_NEXT                                                                                             \
     ++in;                                                                                                    \
@@ -1349,14 +1348,14 @@ void RukParserPrivate::runNumeric(void *context)
         RUK_NEXT;
     l_RukAndJump:
         if (sp[-1] == 0.0) {
-            in = code + in->a;
+            in = in->target;
             goto * in->label;
         }
         --sp;
         RUK_NEXT;
     l_RukOrJump:
         if (sp[-1] != 0.0) {
-            in = code + in->a;
+            in = in->target;
             goto * in->label;
         }
         --sp;
@@ -1364,7 +1363,7 @@ void RukParserPrivate::runNumeric(void *context)
     l_RukJumpIfFalse:
         --sp;
         if (*sp == 0.0) {
-            in = code + in->a;
+            in = in->target;
             goto * in->label;
         }
         RUK_NEXT;
@@ -1375,7 +1374,7 @@ void RukParserPrivate::runNumeric(void *context)
         RUK_LOAD(in->var, in->state, x);                                                                     \
         const int c = compareReal(x, in->imm);                                                               \
         if (!(RESULT)) {                                                                                     \
-            in = code + in->a;                                                                               \
+            in = in->target;                                                                                 \
             goto * in->label;                                                                                \
         }                                                                                                    \
         RUK_NEXT;                                                                                            \
@@ -1388,7 +1387,7 @@ void RukParserPrivate::runNumeric(void *context)
         RUK_LOAD(in->var2, in->state2, y);                                                                   \
         const int c = compareReal(x, y);                                                                     \
         if (!(RESULT)) {                                                                                     \
-            in = code + in->a;                                                                               \
+            in = in->target;                                                                                 \
             goto * in->label;                                                                                \
         }                                                                                                    \
         RUK_NEXT;                                                                                            \
@@ -1455,7 +1454,7 @@ void RukParserPrivate::runNumeric(void *context)
 #undef RUK_INNER_ARITH
 #undef RUK_INNER_DIVIDE
     l_RukJump:
-        in = code + in->a;
+        in = in->target;
         goto * in->label;
     l_RukToBool: // already a boolean
         RUK_NEXT;
@@ -1575,6 +1574,10 @@ void RukParserPrivate::fuseNumeric(std::vector<RukInstr> &program)
         if (((c >= RukAddAddVI && c <= RukMulDivVV) || c == RukSqrtF) && out[i + 1].code == RukHaltF)
             out[i].b = 1;
     }
-    program.swap(out);
+    for (RukInstr &in : out) {
+        if (isJump(in.code))
+            in.target = out.data() + in.a;
+    }
+    program.swap(out); // the buffer moves with its targets
     m_numericThreaded = false;
 }

@@ -220,6 +220,7 @@ struct RukInstr
     RukVarState *state = nullptr;
     RukVarState *state2 = nullptr;
     const void *label = nullptr;
+    const RukInstr *target = nullptr; // a jump's destination, a
 };
 
 // A number read from a text or a value: integer or floating-point.
