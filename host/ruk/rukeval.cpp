@@ -478,6 +478,19 @@ double RukParserPrivate::mathValue(int function, double f)
     return r;
 }
 
+// The one-argument operation an accumulation or a square root carries: -1 negates, a function id
+// applies the function. The root is checked before it is taken, so that its latency stays off the
+// branch: a negative, infinite or NaN operand has no finite root.
+inline double RukParserPrivate::unaryTail(int function, double value)
+{
+    if (function == RukFnSqrt) {
+        if (Q_UNLIKELY(!(value >= 0.0 && value <= std::numeric_limits<double>::max())))
+            throwOverflow();
+        return std::sqrt(value);
+    }
+    return function < 0 ? -value : mathValue(function, value);
+}
+
 void RukParserPrivate::unary(const RukInstr &in, RukData &x)
 {
     if (in.code == RukNot) {
@@ -1336,15 +1349,11 @@ void RukParserPrivate::runNumeric(void *context)
         sp[-1] = mathValue(in->a, sp[-1]);
         RUK_NEXT;
     l_RukSqrtF:
-        // Checked before, so that the root's latency stays off the branch: a negative, infinite
-        // or NaN operand has no finite root.
-        if (Q_UNLIKELY(!(sp[-1] >= 0.0 && sp[-1] <= std::numeric_limits<double>::max())))
-            throwOverflow();
         if (in->b) {
-            m_result.setFloat(std::sqrt(sp[-1]));
+            m_result.setFloat(unaryTail(RukFnSqrt, sp[-1]));
             return;
         }
-        sp[-1] = std::sqrt(sp[-1]);
+        sp[-1] = unaryTail(RukFnSqrt, sp[-1]);
         RUK_NEXT;
     l_RukAndJump:
         if (sp[-1] == 0.0) {
@@ -1414,12 +1423,19 @@ void RukParserPrivate::runNumeric(void *context)
         RUK_LOAD(in->var, in->state, x);                                                                     \
         const double y = in->imm;                                                                            \
         INNER_APPLY;                                                                                         \
-        const double top = sp[-1] OUTER_OP2 x;                                                               \
+        double top = sp[-1] OUTER_OP2 x;                                                                     \
         if (Q_UNLIKELY(!std::isfinite(top)))                                                                 \
             throwOverflow();                                                                                 \
         if (in->b) {                                                                                         \
-            m_result.setFloat(top);                                                                          \
-            return;                                                                                          \
+            if (in->b & RukTailUnary)                                                                        \
+                top = unaryTail(in->a, top);                                                                 \
+            if (in->b & RukTailHalt) {                                                                       \
+                m_result.setFloat(top);                                                                      \
+                return;                                                                                      \
+            }                                                                                                \
+            sp[-1] = top;                                                                                    \
+            in += 2;                                                                                         \
+            goto * in->label;                                                                                \
         }                                                                                                    \
         sp[-1] = top;                                                                                        \
         RUK_NEXT;                                                                                            \
@@ -1431,12 +1447,19 @@ void RukParserPrivate::runNumeric(void *context)
         double y;                                                                                            \
         RUK_LOAD(in->var2, in->state2, y);                                                                   \
         INNER_APPLY;                                                                                         \
-        const double top = sp[-1] OUTER_OP2 x;                                                               \
+        double top = sp[-1] OUTER_OP2 x;                                                                     \
         if (Q_UNLIKELY(!std::isfinite(top)))                                                                 \
             throwOverflow();                                                                                 \
         if (in->b) {                                                                                         \
-            m_result.setFloat(top);                                                                          \
-            return;                                                                                          \
+            if (in->b & RukTailUnary)                                                                        \
+                top = unaryTail(in->a, top);                                                                 \
+            if (in->b & RukTailHalt) {                                                                       \
+                m_result.setFloat(top);                                                                      \
+                return;                                                                                      \
+            }                                                                                                \
+            sp[-1] = top;                                                                                    \
+            in += 2;                                                                                         \
+            goto * in->label;                                                                                \
         }                                                                                                    \
         sp[-1] = top;                                                                                        \
         RUK_NEXT;                                                                                            \
@@ -1567,12 +1590,23 @@ void RukParserPrivate::fuseNumeric(std::vector<RukInstr> &program)
         if (in.code == RukJump && out[size_t(in.a)].code == halt)
             in = out[size_t(in.a)];
     }
-    // An accumulation or a square root just before the end of a floating-point program ends it
-    // itself (b = 1).
+    // An accumulation takes on the one-argument operation that follows it (its function in a),
+    // which stays in place for jumps that land on it; an accumulation or a square root just before
+    // the end of a floating-point program ends it itself.
     for (size_t i = 0; i + 1 < out.size(); ++i) {
-        const int c = out[i].code;
-        if (((c >= RukAddAddVI && c <= RukMulDivVV) || c == RukSqrtF) && out[i + 1].code == RukHaltF)
-            out[i].b = 1;
+        RukInstr &in = out[i];
+        const bool accumulates = in.code >= RukAddAddVI && in.code <= RukMulDivVV;
+        size_t next = i + 1;
+        if (accumulates) {
+            const RukInstr &unary = out[next];
+            if (unary.code == RukNegF || unary.code == RukSqrtF || unary.code == RukMathF) {
+                in.b = RukTailUnary;
+                in.a = unary.code == RukNegF ? -1 : unary.code == RukSqrtF ? int(RukFnSqrt) : unary.a;
+                ++next;
+            }
+        }
+        if ((accumulates || in.code == RukSqrtF) && next < out.size() && out[next].code == RukHaltF)
+            in.b |= RukTailHalt;
     }
     for (RukInstr &in : out) {
         if (isJump(in.code))

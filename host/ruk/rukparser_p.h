@@ -150,6 +150,14 @@ enum RukCode : int
     RukCodeCount
 };
 
+// What a fused accumulation does after its operation (its b): apply the one-argument operation
+// that follows it and skip that, then end the program with the result.
+enum RukTail : int
+{
+    RukTailUnary = 1,
+    RukTailHalt = 2
+};
+
 // Built-in functions; ids from RukFnCustom on are functions from a function callback.
 enum RukFunctionId : int
 {
@@ -324,6 +332,7 @@ private:
     void convertVar(const RukInstr &in, RukData &dst);
     void mathF(const RukInstr &in, RukData &x) const;
     static double mathValue(int function, double value);
+    static double unaryTail(int function, double value);
     [[noreturn]] void throwOperandError(const RukInstr &in, const RukData &operand) const;
     void binarySlow(const RukInstr &in, RukData &x, const RukData &y);
     void arithmetic(const RukInstr &in, RukData &x, const RukData &y);

@@ -625,6 +625,14 @@ void TestRukEngine::floatPrograms_data()
                                                                    << "计算结果溢出" << xw;
     QTest::newRow("inner overflow times zero still fails") << "z * (宽度*1e308)"
                                                            << "计算结果溢出" << QStringList({ "z", "宽度" });
+    QTest::newRow("accumulation then negation") << "-(x + 宽度*2)"
+                                                << "11:-8.5" << xw;
+    QTest::newRow("accumulation then a function") << "abs(x - 宽度*2)"
+                                                  << "11:3.5" << xw;
+    QTest::newRow("accumulation then a root, then more") << "sqrt(x + 宽度*2) + 1"
+                                                         << "11:3.9154759474226504" << xw;
+    QTest::newRow("accumulation then the root of a negative") << "sqrt(x - 宽度*2) + 宽度"
+                                                              << "计算结果溢出" << xw;
     QTest::newRow("square root ends the program") << "sqrt(x*宽度)"
                                                   << "11:2.7386127875258306" << xw;
 }
