@@ -120,7 +120,7 @@ void TestRixMemRecord::readsOutOfRangeAndUnknown()
     QCOMPARE(record.asInteger(L"id"), 3);
 
     record.setVariant(QStringLiteral("Missing"), 1);
-    record.setAsString(QStringLiteral("Missing"), QStringLiteral("x"), true);
+    record.setAsString(L"Missing", QStringLiteral("x"), true);
     QCOMPARE(record.getValues(), QVector<QVariant>(4));
 }
 
