@@ -103,7 +103,6 @@ private slots:
     void csvFile_data();
     void csvFile();
     void csvFixtures();
-    void csvUnreadableLeavesTableUnchanged_data();
     void csvUnreadableLeavesTableUnchanged();
     void loadFromString_data();
     void loadFromString();
@@ -131,27 +130,20 @@ private slots:
 void TestRixMemTable::identities()
 {
     TestableTable table;
-    RixMemRecord *first = table.newRecord();
-    QCOMPARE(first->iD(), 1);
-    table.appendRecord(first);
-    RixMemRecord *free = table.createRecord();
-    QCOMPARE(free->iD(), 0);
-    delete free;
-    QList<int> ids;
-    for (int i = 0; i < 2; ++i) {
-        RixMemRecord *record = table.newRecord();
-        ids << record->iD();
-        table.appendRecord(record);
-    }
-    QCOMPARE(ids, (QList<int> { 2, 3 }));
+    const auto append = [&table](int count) {
+        QList<int> ids;
+        for (int i = 0; i < count; ++i) {
+            RixMemRecord *record = table.newRecord();
+            ids << record->iD();
+            table.appendRecord(record);
+        }
+        return ids;
+    };
+    QCOMPARE(append(1), QList<int> { 1 });
+    QCOMPARE(std::unique_ptr<RixMemRecord>(table.createRecord())->iD(), 0);
+    QCOMPARE(append(2), (QList<int> { 2, 3 }));
     table.clear();
-    ids.clear();
-    for (int i = 0; i < 3; ++i) {
-        RixMemRecord *record = table.newRecord();
-        ids << record->iD();
-        table.appendRecord(record);
-    }
-    QCOMPARE(ids, (QList<int> { 0, 1, 2 }));
+    QCOMPARE(append(3), (QList<int> { 0, 1, 2 }));
 }
 
 void TestRixMemTable::csvFile_data()
@@ -224,29 +216,23 @@ void TestRixMemTable::csvFixtures()
     QCOMPARE(load("bom_fullwidth_space.csv", "Name,Width"), QStringLiteral("1:中央分隔带|2;4:路缘石|0.15"));
 }
 
-void TestRixMemTable::csvUnreadableLeavesTableUnchanged_data()
-{
-    QTest::addColumn<bool>("exists");
-    QTest::newRow("missing file") << false;
-    QTest::newRow("empty file") << true;
-}
-
 void TestRixMemTable::csvUnreadableLeavesTableUnchanged()
 {
-    QFETCH(bool, exists);
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("none.csv"));
-    if (exists)
-        QVERIFY(writeFile(path, QByteArray()));
-    RixMemTable table;
-    addFields(table, QStringLiteral("a"));
-    table.loadFromString(QStringLiteral("x\ny"), QLatin1Char(','), QStringList());
-    table.loadFromCSVFile(path, true);
-    QCOMPARE(dump(table), QStringLiteral("0:x;1:y"));
-    // A readable file appends after the existing rows, continuing the identities.
-    QVERIFY(writeFile(path, "a\nz\n"));
-    table.loadFromCSVFile(path, true);
-    QCOMPARE(dump(table), QStringLiteral("0:x;1:y;2:z"));
+    for (const bool exists : { false, true }) { // a missing file, an empty one
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("none.csv"));
+        if (exists)
+            QVERIFY(writeFile(path, QByteArray()));
+        RixMemTable table;
+        addFields(table, QStringLiteral("a"));
+        table.loadFromString(QStringLiteral("x\ny"), QLatin1Char(','), QStringList());
+        table.loadFromCSVFile(path, true);
+        QCOMPARE(dump(table), QStringLiteral("0:x;1:y"));
+        // A readable file appends after the existing rows, continuing the identities.
+        QVERIFY(writeFile(path, "a\nz\n"));
+        table.loadFromCSVFile(path, true);
+        QCOMPARE(dump(table), QStringLiteral("0:x;1:y;2:z"));
+    }
 }
 
 void TestRixMemTable::loadFromString_data()
