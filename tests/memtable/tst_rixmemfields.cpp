@@ -32,8 +32,10 @@ void TestRixMemFields::lookupIsCaseInsensitive_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<int>("index");
-    // Case folding itself is proven for every code point below.
+    // Single letters fold as the code-point sweep below proves; these rows fold whole names.
     QTest::newRow("another case") << "NAME" << 1;
+    QTest::newRow("latin-1 letters fold") << "ÄNDERUNG" << 3;
+    QTest::newRow("greek letters fold") << "ΑΒΓ" << 4;
     QTest::newRow("chinese name") << "坡率" << 2;
     QTest::newRow("prefix is not a match") << "Nam" << -1;
     QTest::newRow("longer is not a match") << "Names" << -1;
@@ -46,7 +48,7 @@ void TestRixMemFields::lookupIsCaseInsensitive()
     QFETCH(QString, name);
     QFETCH(int, index);
     RixMemFields fields;
-    for (const char *field : { "ID", "Name", "坡率" })
+    for (const char *field : { "ID", "Name", "坡率", "änderung", "αβγ" })
         fields.addField(QString::fromUtf8(field), QString(), QVariant::String);
     QCOMPARE(fields.filedIndex(name), index);
     QCOMPARE(fields.findField(name) != nullptr, index >= 0);
