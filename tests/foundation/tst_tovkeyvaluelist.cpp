@@ -28,14 +28,14 @@ static QString saved(const TovKeyValueList &list, QChar separator = QLatin1Char(
 }
 
 // "-": no map; "0": a map emptied by clear(); otherwise the entries loaded with ';'.
-static TovKeyValueList makeList(const QString &spec)
+static TovKeyValueList makeList(const QString &entries)
 {
     TovKeyValueList list;
-    if (spec == QLatin1String("0")) {
+    if (entries == QLatin1String("0")) {
         list.setValue(QStringLiteral("x"), 1);
         list.clear();
-    } else if (spec != QLatin1String("-")) {
-        list.loadFromString(spec, QLatin1Char(';'));
+    } else if (entries != QLatin1String("-")) {
+        list.loadFromString(entries, QLatin1Char(';'));
     }
     return list;
 }

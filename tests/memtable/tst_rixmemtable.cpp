@@ -39,9 +39,9 @@ QString dump(const RixMemTable &table)
 }
 
 // "Name,ID:i,Width:d,Paved:b,Any:?": text fields unless a type letter follows the name.
-void addFields(RixMemTable &table, const QString &spec)
+void addFields(RixMemTable &table, const QString &list)
 {
-    for (const QString &part : spec.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+    for (const QString &part : list.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
         const QString type = part.section(QLatin1Char(':'), 1);
         table.addField(part.section(QLatin1Char(':'), 0, 0), QString(),
             type == QLatin1String("i")       ? QVariant::Int
