@@ -41,15 +41,14 @@ void TestTovExprParserClasses::getExprCodes()
     TovExprParserClasses parser;
     DebugCapture capture;
     QCOMPARE(parser.getExprCodes(expression), codes);
-    if (message.isEmpty()) {
-        QVERIFY(capture.lines().isEmpty());
-        return;
-    }
     const QStringList lines = capture.lines();
-    QCOMPARE(lines.size(), 2);
-    QVERIFY2(QRegularExpression(QStringLiteral("^TovExprParserCommon:\\d+$")).match(lines.at(0)).hasMatch(),
-        qPrintable(lines.at(0)));
-    QCOMPARE(lines.at(1), message);
+    QCOMPARE(lines.size(), message.isEmpty() ? 0 : 2);
+    if (!message.isEmpty()) {
+        QVERIFY2(
+            QRegularExpression(QStringLiteral("^TovExprParserCommon:\\d+$")).match(lines.at(0)).hasMatch(),
+            qPrintable(lines.at(0)));
+        QCOMPARE(lines.at(1), message);
+    }
 }
 
 void TestTovExprParserClasses::copiesKeepTheirCodes()

@@ -94,8 +94,8 @@ class TestTovMemProperties : public QObject
 private slots:
     void lookup_data();
     void lookup();
-    void unknownNameThrows_data();
-    void unknownNameThrows();
+    void accessors_data();
+    void accessors();
     void addDouble_data();
     void addDouble();
     void plainConversions_data();
@@ -104,8 +104,6 @@ private slots:
     void vectors();
     void expressionCaching();
     void noReceiverReadsOwnText();
-    void separatorPassedToCalculator_data();
-    void separatorPassedToCalculator();
     void failedStateRethrows_data();
     void failedStateRethrows();
     void otherExceptionsPassThrough();
@@ -155,40 +153,54 @@ void TestTovMemProperties::lookup()
         QCOMPARE(set.getPropByName(key), set.props(expected));
 }
 
-void TestTovMemProperties::unknownNameThrows_data()
+void TestTovMemProperties::accessors_data()
 {
-    QTest::addColumn<QString>("name");
     QTest::addColumn<ByName>("call");
-    const auto row = [](const char *rowName, const QString &name, ByName call) {
-        QTest::newRow(rowName) << name << call;
+    QTest::addColumn<int>("calls");
+    QTest::addColumn<QChar>("separator");
+    const auto row = [](const char *name, int calls, QChar separator, ByName call) {
+        QTest::newRow(name) << call << calls << separator;
     };
-    row("getPropByName", "Depth", [](TovMemProperties &s, const std::wstring &n) { s.getPropByName(n); });
-    row("getPropByName of a chinese name", "深度",
-        [](TovMemProperties &s, const std::wstring &n) { s.getPropByName(n); });
-    row("asString", "Depth", [](TovMemProperties &s, const std::wstring &n) { s.asString(n); });
-    row("asStringList", "Depth", [](TovMemProperties &s, const std::wstring &n) { s.asStringList(n); });
-    row("asDouble", "Depth", [](TovMemProperties &s, const std::wstring &n) { s.asDouble(n); });
-    row("asInteger", "Depth", [](TovMemProperties &s, const std::wstring &n) { s.asInteger(n); });
-    row("asBoolean", "Depth", [](TovMemProperties &s, const std::wstring &n) { s.asBoolean(n); });
-    row("asDoubleArray", "Depth", [](TovMemProperties &s, const std::wstring &n) { s.asDoubleArray(n); });
-    row("asVector2d", "Depth", [](TovMemProperties &s, const std::wstring &n) { s.asVector2d(n); });
-    row("asVector2dArray", "Depth", [](TovMemProperties &s, const std::wstring &n) { s.asVector2dArray(n); });
+    using S = TovMemProperties;
+    using N = std::wstring;
+    row("getPropByName", 0, QChar(), [](S &s, const N &n) { s.getPropByName(n); });
+    row("asString", 1, QChar(), [](S &s, const N &n) { s.asString(n); });
+    row("asStringList", 1, QChar(), [](S &s, const N &n) { s.asStringList(n); });
+    row("asDouble: single value", 1, QChar(), [](S &s, const N &n) { s.asDouble(n); });
+    row("asInteger: single value", 1, QChar(), [](S &s, const N &n) { s.asInteger(n); });
+    row("asBoolean: single value", 1, QChar(), [](S &s, const N &n) { s.asBoolean(n); });
+    row("asDoubleArray: single value per item", 1, QChar(), [](S &s, const N &n) { s.asDoubleArray(n); });
+    row("asVector2d: components", 1, QChar(','),
+        [](S &s, const N &n) { QCOMPARE(s.asVector2d(n), hln::CVector2d(1, 2)); });
+    row("asVector2dArray: components", 1, QChar(','), [](S &s, const N &n) {
+        QCOMPARE(s.asVector2dArray(n), QVector<hln::CVector2d> { hln::CVector2d(1, 2) });
+    });
 }
 
-void TestTovMemProperties::unknownNameThrows()
+// Every accessor fails alike on an unknown name, and hands the calculator the separator it splits by.
+void TestTovMemProperties::accessors()
 {
-    QFETCH(QString, name);
     QFETCH(ByName, call);
+    QFETCH(int, calls);
+    QFETCH(QChar, separator);
     TovMemProperties set;
-    set.add(L"Width", 3);
+    Calculator calc;
+    calc.answers = { { "a", "1,2" } };
+    calc.connectTo(set);
+    set.add(L"P", QStringLiteral("a"), true);
+
     DebugCapture capture;
-    TOV_VERIFY_THROWS(
-        call(set, name.toStdWString()), TovException, QStringLiteral("[%1]属性不存在").arg(name), -1);
+    TOV_VERIFY_THROWS(call(set, L"深度"), TovException, QStringLiteral("[深度]属性不存在"), -1);
     QCOMPARE(capture.lines().size(), 1);
     QVERIFY2(QRegularExpression(QStringLiteral("^TovMemProperties:\\d+$"))
                  .match(capture.lines().first())
                  .hasMatch(),
         qPrintable(capture.lines().first()));
+
+    call(set, L"p");
+    QCOMPARE(calc.calls.size(), calls);
+    if (calls)
+        QCOMPARE(calc.calls[0].separator, separator);
 }
 
 void TestTovMemProperties::addDouble_data()
@@ -223,27 +235,22 @@ void TestTovMemProperties::plainConversions_data()
     QTest::addColumn<int>("asInteger");
     QTest::addColumn<bool>("asBoolean");
     QTest::addColumn<QVector<double>>("asDoubleArray");
-    QTest::newRow("integer") << "42" << QStringList { "42" } << 42.0 << 42 << true << QVector<double> { 42 };
-    QTest::newRow("decimal is no integer")
-        << "2.5" << QStringList { "2.5" } << 2.5 << 0 << true << QVector<double> { 2.5 };
-    QTest::newRow("zero is false") << "0" << QStringList { "0" } << 0.0 << 0 << false
-                                   << QVector<double> { 0 };
-    QTest::newRow("exponent is no integer")
-        << "1e3" << QStringList { "1e3" } << 1000.0 << 0 << true << QVector<double> { 1000 };
-    QTest::newRow("beyond 32 bits is no integer")
-        << "2147483648" << QStringList { "2147483648" } << 2147483648.0 << 0 << true
-        << QVector<double> { 2147483648.0 };
-    QTest::newRow("hex is not base 10")
-        << "0x10" << QStringList { "0x10" } << 0.0 << 0 << false << QVector<double> { 0 };
-    QTest::newRow("text") << "abc" << QStringList { "abc" } << 0.0 << 0 << false << QVector<double> { 0 };
-    QTest::newRow("empty reads as one empty item")
-        << "" << QStringList { "" } << 0.0 << 0 << false << QVector<double> { 0 };
-    QTest::newRow("empty middle item kept")
-        << "a;;b" << QStringList { "a", "", "b" } << 0.0 << 0 << false << QVector<double> { 0, 0, 0 };
-    QTest::newRow("two numbers are not one number")
-        << "1;2.5" << QStringList { "1", "2.5" } << 0.0 << 0 << false << QVector<double> { 1, 2.5 };
-    QTest::newRow("separator alone gives two empty items")
-        << ";" << QStringList { "", "" } << 0.0 << 0 << false << QVector<double> { 0, 0 };
+    const auto row = [](const char *name, const char *value, const QStringList &items, double asDouble,
+                         int asInteger, bool asBoolean, const QVector<double> &array) {
+        QTest::newRow(name) << value << items << asDouble << asInteger << asBoolean << array;
+    };
+    row("integer", "42", { "42" }, 42.0, 42, true, { 42 });
+    row("decimal is no integer", "2.5", { "2.5" }, 2.5, 0, true, { 2.5 });
+    row("zero is false", "0", { "0" }, 0.0, 0, false, { 0 });
+    row("exponent is no integer", "1e3", { "1e3" }, 1000.0, 0, true, { 1000 });
+    row("beyond 32 bits is no integer", "2147483648", { "2147483648" }, 2147483648.0, 0, true,
+        { 2147483648.0 });
+    row("hex is not base 10", "0x10", { "0x10" }, 0.0, 0, false, { 0 });
+    row("text", "abc", { "abc" }, 0.0, 0, false, { 0 });
+    row("empty reads as one empty item", "", { "" }, 0.0, 0, false, { 0 });
+    row("empty middle item kept", "a;;b", { "a", "", "b" }, 0.0, 0, false, { 0, 0, 0 });
+    row("two numbers are not one number", "1;2.5", { "1", "2.5" }, 0.0, 0, false, { 1, 2.5 });
+    row("separator alone gives two empty items", ";", { "", "" }, 0.0, 0, false, { 0, 0 });
 }
 
 void TestTovMemProperties::plainConversions()
@@ -365,41 +372,6 @@ void TestTovMemProperties::noReceiverReadsOwnText()
     loose.setValue(QStringLiteral("3;4"));
     loose.setIsExpr(true);
     QCOMPARE(loose.asDoubleArray(), QVector<double>({ 3, 4 }));
-}
-
-void TestTovMemProperties::separatorPassedToCalculator_data()
-{
-    QTest::addColumn<QChar>("separator");
-    QTest::addColumn<ByName>("call");
-    const auto row = [](const char *rowName, QChar separator, ByName call) {
-        QTest::newRow(rowName) << separator << call;
-    };
-    row("asDouble: single value", QChar(), [](TovMemProperties &s, const std::wstring &n) { s.asDouble(n); });
-    row("asInteger: single value", QChar(),
-        [](TovMemProperties &s, const std::wstring &n) { s.asInteger(n); });
-    row("asBoolean: single value", QChar(),
-        [](TovMemProperties &s, const std::wstring &n) { s.asBoolean(n); });
-    row("asDoubleArray: single value per item", QChar(),
-        [](TovMemProperties &s, const std::wstring &n) { s.asDoubleArray(n); });
-    row("asVector2d: components", QChar(','),
-        [](TovMemProperties &s, const std::wstring &n) { QCOMPARE(s.asVector2d(n), hln::CVector2d(1, 2)); });
-    row("asVector2dArray: components", QChar(','), [](TovMemProperties &s, const std::wstring &n) {
-        QCOMPARE(s.asVector2dArray(n), QVector<hln::CVector2d> { hln::CVector2d(1, 2) });
-    });
-}
-
-void TestTovMemProperties::separatorPassedToCalculator()
-{
-    QFETCH(QChar, separator);
-    QFETCH(ByName, call);
-    TovMemProperties set;
-    Calculator calc;
-    calc.answers = { { "a", "1,2" } };
-    calc.connectTo(set);
-    set.add(L"P", QStringLiteral("a"), true);
-    call(set, L"p");
-    QCOMPARE(calc.calls.size(), 1);
-    QCOMPARE(calc.calls[0].separator, separator);
 }
 
 void TestTovMemProperties::failedStateRethrows_data()

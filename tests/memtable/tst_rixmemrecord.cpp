@@ -15,18 +15,14 @@ class TestRixMemRecord : public QObject
 
 private slots:
     void init();
-    void cleanup();
 
     void newRecordHasNullValuesSizedToFields();
     void referenceRecordWrites_data();
     void referenceRecordWrites();
     void referenceChainIsFollowed();
     void readsOutOfRangeAndUnknown();
-    void setAsStringConversion_data();
-    void setAsStringConversion();
-    void setAsStringUnchangedTextStoresNothing();
-    void setAsStringOverReference();
-    void unknownNameWritesAreIgnored();
+    void setAsString_data();
+    void setAsString();
     void isNullValues_data();
     void isNullValues();
     void assignAndAssignValues();
@@ -46,19 +42,11 @@ void TestRixMemRecord::init()
     m_table->addField(QStringLiteral("Paved"), QString(), QVariant::Bool);
 }
 
-void TestRixMemRecord::cleanup()
-{
-    m_table.reset();
-}
-
 void TestRixMemRecord::newRecordHasNullValuesSizedToFields()
 {
     RixMemRecord record(m_table.get());
     QCOMPARE(record.getValues().size(), 4);
     QVERIFY(record.isNullValues());
-    QCOMPARE(record.iD(), 0);
-    QVERIFY(record.isValid());
-    QVERIFY(!record.needConvert());
     // Fields added later do not grow existing records.
     m_table->addField(QStringLiteral("Later"), QString(), QVariant::String);
     QCOMPARE(record.getValues().size(), 4);
@@ -72,13 +60,15 @@ void TestRixMemRecord::referenceRecordWrites_data()
     QTest::addColumn<QVariant>("stored");
     QTest::addColumn<QVariant>("effective");
 
-    QTest::newRow("equal to the reference: null stored")
-        << QVariant(5) << QVariant(5) << QVariant() << QVariant(5);
-    QTest::newRow("equal after conversion: null stored")
-        << QVariant(5) << QVariant(QStringLiteral("5")) << QVariant() << QVariant(5);
-    QTest::newRow("different: stored") << QVariant(5) << QVariant(6) << QVariant(6) << QVariant(6);
-    QTest::newRow("null: reference shows through") << QVariant(5) << QVariant() << QVariant() << QVariant(5);
-    QTest::newRow("reference null: stored") << QVariant() << QVariant(7) << QVariant(7) << QVariant(7);
+    const auto row = [](const char *name, const QVariant &refValue, const QVariant &written,
+                         const QVariant &stored, const QVariant &effective) {
+        QTest::newRow(name) << refValue << written << stored << effective;
+    };
+    row("equal to the reference: null stored", 5, 5, QVariant(), 5);
+    row("equal after conversion: null stored", 5, "5", QVariant(), 5);
+    row("different: stored", 5, 6, 6, 6);
+    row("null: reference shows through", 5, QVariant(), QVariant(), 5);
+    row("reference null: stored", QVariant(), 7, 7, 7);
 }
 
 void TestRixMemRecord::referenceRecordWrites()
@@ -128,79 +118,69 @@ void TestRixMemRecord::readsOutOfRangeAndUnknown()
     QCOMPARE(record.asDouble(L"Missing"), 0.0);
     QCOMPARE(record.asBoolean(QStringLiteral("Missing")), false);
     QCOMPARE(record.asInteger(L"id"), 3);
+
+    record.setVariant(QStringLiteral("Missing"), 1);
+    record.setAsString(L"Missing", QStringLiteral("x"), true);
+    QCOMPARE(record.getValues(), QVector<QVariant>(4));
 }
 
-void TestRixMemRecord::setAsStringConversion_data()
+void TestRixMemRecord::setAsString_data()
 {
     QTest::addColumn<QString>("field");
+    QTest::addColumn<QVariant>("refValue"); // invalid: no reference record
+    QTest::addColumn<QVariant>("preset"); // invalid: nothing stored before
     QTest::addColumn<bool>("needConvert");
+    QTest::addColumn<bool>("check");
     QTest::addColumn<QString>("text");
-    QTest::addColumn<QVariant>("stored");
-
-    QTest::newRow("double field converts 2.5") << "Width" << true << "2.5" << QVariant(2.5);
-    QTest::newRow("without needConvert the text is stored")
-        << "Width" << false << "2.5" << QVariant(QStringLiteral("2.5"));
-    QTest::newRow("int field converts 12") << "ID" << true << "12" << QVariant(12);
-    QTest::newRow("text that does not convert stays text")
-        << "ID" << true << "abc" << QVariant(QStringLiteral("abc"));
-    QTest::newRow("bool field converts true") << "Paved" << true << "true" << QVariant(true);
-    QTest::newRow("string field keeps text") << "Name" << true << "路肩" << QVariant(QStringLiteral("路肩"));
+    QTest::addColumn<QVariant>("stored"); // invalid: null
+    const auto row = [](const char *name, const char *field, const QVariant &refValue, const QVariant &preset,
+                         bool needConvert, bool check, const char *text, const QVariant &stored) {
+        QTest::newRow(name) << field << refValue << preset << needConvert << check << text << stored;
+    };
+    const QVariant none;
+    row("double field converts 2.5", "Width", none, none, true, false, "2.5", 2.5);
+    row("without needConvert the text is stored", "Width", none, none, false, false, "2.5", "2.5");
+    row("int field converts 12", "ID", none, none, true, false, "12", 12);
+    row("text that does not convert stays text", "ID", none, none, true, false, "abc", "abc");
+    row("bool field converts true", "Paved", none, none, true, false, "true", true);
+    row("string field keeps text", "Name", none, none, true, false, "路肩", "路肩");
+    row("same text as stored: nothing stored, the double stays", "Width", none, 2.5, false, false, "2.5",
+        2.5);
+    row("different text: stored as text without needConvert", "Width", none, 2.5, false, false, "3", "3");
+    row("unchanged empty entry: not stored unchecked", "Name", none, none, false, false, "", none);
+    row("unchanged empty entry: stored when a check is asked for", "Name", none, none, false, true, "",
+        QString(""));
+    row("over a reference: another value is stored", "Width", 2.5, none, true, false, "3.5", 3.5);
+    row("over a reference: typing its value back stores null", "Width", 2.5, 3.5, true, false, "2.5", none);
 }
 
-void TestRixMemRecord::setAsStringConversion()
+void TestRixMemRecord::setAsString()
 {
     QFETCH(QString, field);
+    QFETCH(QVariant, refValue);
+    QFETCH(QVariant, preset);
     QFETCH(bool, needConvert);
+    QFETCH(bool, check);
     QFETCH(QString, text);
     QFETCH(QVariant, stored);
 
-    RixMemRecord record(m_table.get());
-    record.setNeedConvert(needConvert);
-    record.setAsString(field, text, false);
-    const QVariant value = record.getVariant(field);
-    QCOMPARE(value.userType(), stored.userType());
-    QCOMPARE(value, stored);
-}
-
-void TestRixMemRecord::setAsStringUnchangedTextStoresNothing()
-{
-    RixMemRecord record(m_table.get());
-    record.setVariant(QStringLiteral("Width"), 2.5);
-    // Same text: nothing stored, so the double stays a double.
-    record.setAsString(QStringLiteral("Width"), QStringLiteral("2.5"), false);
-    QCOMPARE(record.getVariant(QStringLiteral("Width")).userType(), int(QMetaType::Double));
-    // Different text: stored as text without needConvert.
-    record.setAsString(L"Width", QStringLiteral("3"), false);
-    QCOMPARE(record.getVariant(QStringLiteral("Width")), QVariant(QStringLiteral("3")));
-
-    // An unchanged empty entry is stored only when a check is requested.
-    RixMemRecord empty(m_table.get());
-    empty.setAsString(QStringLiteral("Name"), QStringLiteral(""), false);
-    QVERIFY(!empty.getVariant(QStringLiteral("Name")).isValid());
-    empty.setAsString(QStringLiteral("Name"), QStringLiteral(""), true);
-    QCOMPARE(empty.getVariant(QStringLiteral("Name")).userType(), int(QMetaType::QString));
-}
-
-void TestRixMemRecord::setAsStringOverReference()
-{
     RixMemRecord ref(m_table.get());
-    ref.setVariant(QStringLiteral("Width"), 2.5);
+    ref.setVariant(field, refValue);
     RixMemRecord record(m_table.get());
-    record.setRefRecord(&ref);
-    record.setNeedConvert(true);
-    record.setAsString(QStringLiteral("Width"), QStringLiteral("3.5"), false);
-    QCOMPARE(record.getValues().at(1), QVariant(3.5));
-    record.setAsString(QStringLiteral("Width"), QStringLiteral("2.5"), false);
-    QVERIFY2(record.getValues().at(1).isNull(), "typing the reference's value back stores null");
-    QCOMPARE(record.asDouble(QStringLiteral("Width")), 2.5);
-}
-
-void TestRixMemRecord::unknownNameWritesAreIgnored()
-{
-    RixMemRecord record(m_table.get());
-    record.setVariant(QStringLiteral("Missing"), 1);
-    record.setAsString(QStringLiteral("Missing"), QStringLiteral("x"), true);
-    QVERIFY(record.isNullValues());
+    if (refValue.isValid())
+        record.setRefRecord(&ref);
+    if (preset.isValid())
+        record.setVariant(field, preset);
+    record.setNeedConvert(needConvert);
+    record.setAsString(field, text, check);
+    const QVariant value = record.getValues().at(m_table->filedIndex(field));
+    if (stored.isValid()) {
+        QCOMPARE(value.userType(), stored.userType());
+        QCOMPARE(value, stored);
+    } else {
+        QVERIFY(value.isNull());
+    }
+    QCOMPARE(record.asString(field), text);
 }
 
 void TestRixMemRecord::isNullValues_data()

@@ -45,14 +45,11 @@ class TestRixMemRecordExprParser : public QObject
 
 private slots:
     void init();
-    void cleanup();
 
     void accept_data();
     void accept();
-    void acceptWithoutExpression();
     void failedExpressionReports();
-    void acceptReadsInheritedValues();
-    void fieldIndexBelongsToItsFieldSet();
+    void acceptReadsTheRecordsValues();
     void asVariant_data();
     void asVariant();
     void asVariantUnknownFieldReports();
@@ -78,11 +75,6 @@ void TestRixMemRecordExprParser::init()
     m_table->addField(QStringLiteral("Count"), QString(), QVariant::Int);
     m_table->addField(QStringLiteral("Paved"), QString(), QVariant::Bool);
     m_table->addField(QStringLiteral("Formula"), QString(), QVariant::String);
-}
-
-void TestRixMemRecordExprParser::cleanup()
-{
-    m_table.reset();
 }
 
 RixMemRecord *TestRixMemRecordExprParser::addRecord(double width, const QString &kind, int count)
@@ -128,18 +120,12 @@ void TestRixMemRecordExprParser::accept()
     QCOMPARE(capture.lines().size(), debugLines);
 }
 
-void TestRixMemRecordExprParser::acceptWithoutExpression()
+void TestRixMemRecordExprParser::failedExpressionReports()
 {
     RixMemRecord *record = addRecord(4.5, QStringLiteral("A"), 3);
     RixMemRecordExprParser parser(m_table->fields());
     QVERIFY(!parser.isValid());
     QVERIFY(!parser.accept(record));
-}
-
-void TestRixMemRecordExprParser::failedExpressionReports()
-{
-    RixMemRecord *record = addRecord(4.5, QStringLiteral("A"), 3);
-    RixMemRecordExprParser parser(m_table->fields());
     parser.setExpression(QStringLiteral("Width>3"));
     QVERIFY(parser.accept(record));
 
@@ -154,24 +140,20 @@ void TestRixMemRecordExprParser::failedExpressionReports()
     QVERIFY2(line.endsWith(QLatin1Char(']')) && line.size() > 22, qPrintable(line));
 }
 
-void TestRixMemRecordExprParser::acceptReadsInheritedValues()
+// The record's own values are read: through its reference record, and by its own table's field
+// indexes (same names, other order) rather than the parser's.
+void TestRixMemRecordExprParser::acceptReadsTheRecordsValues()
 {
     RixMemRecord *base = addRecord(4.5, QStringLiteral("A"), 3);
     RixMemRecord *layer = m_table->newRecord();
     layer->setRefRecord(base);
     layer->setVariant(QStringLiteral("Kind"), QStringLiteral("B"));
     m_table->appendRecord(layer);
-
     RixMemRecordExprParser parser(m_table->fields());
     parser.setExpression(QStringLiteral("Width>3 and Kind=\"B\""));
     QVERIFY(parser.accept(layer));
     QVERIFY(!parser.accept(base));
-}
 
-void TestRixMemRecordExprParser::fieldIndexBelongsToItsFieldSet()
-{
-    // Same names, other order: a record of this table must not be read by the first table's
-    // indexes.
     RixMemTable other;
     other.addField(QStringLiteral("Kind"), QString(), QVariant::String);
     other.addField(QStringLiteral("Width"), QString(), QVariant::Double);
@@ -179,12 +161,9 @@ void TestRixMemRecordExprParser::fieldIndexBelongsToItsFieldSet()
     foreign->setVariant(QStringLiteral("Kind"), QStringLiteral("A"));
     foreign->setVariant(QStringLiteral("Width"), 4.0);
     other.appendRecord(foreign);
-    RixMemRecord *own = addRecord(1.0, QStringLiteral("A"), 1);
-
-    RixMemRecordExprParser parser(m_table->fields());
     parser.setExpression(QStringLiteral("Width>3 and Kind=\"A\""));
     QVERIFY(parser.accept(foreign));
-    QVERIFY(!parser.accept(own));
+    QVERIFY(!parser.accept(addRecord(1.0, QStringLiteral("A"), 1)));
 }
 
 void TestRixMemRecordExprParser::asVariant_data()

@@ -13,7 +13,6 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <algorithm>
 #include <memory>
 
 namespace {
@@ -39,32 +38,38 @@ QString dump(const RixMemTable &table)
     return rows.join(QLatin1Char(';'));
 }
 
-void addFields(RixMemTable &table, const QString &spec)
+// "Name,ID:i,Width:d,Paved:b,Any:?": text fields unless a type letter follows the name.
+void addFields(RixMemTable &table, const QString &list)
 {
-    for (const QString &name : spec.split(QLatin1Char(','), Qt::SkipEmptyParts))
-        table.addField(name, QString(), QVariant::String);
+    for (const QString &part : list.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+        const QString type = part.section(QLatin1Char(':'), 1);
+        table.addField(part.section(QLatin1Char(':'), 0, 0), QString(),
+            type == QLatin1String("i")       ? QVariant::Int
+                : type == QLatin1String("d") ? QVariant::Double
+                : type == QLatin1String("b") ? QVariant::Bool
+                : type == QLatin1String("?") ? QVariant::Invalid
+                                             : QVariant::String);
+    }
 }
 
-// Equal values of equal types, nested ones included.
-bool sameVariant(const QVariant &a, const QVariant &b)
+bool writeFile(const QString &path, const QByteArray &content)
 {
-    if (a.userType() != b.userType() || a.isNull() != b.isNull())
-        return false;
-    if (a.userType() == QMetaType::QVariantList) {
-        const QVariantList x = a.toList();
-        const QVariantList y = b.toList();
-        return x.size() == y.size()
-            && std::equal(x.begin(), x.end(), y.begin(),
-                [](const QVariant &p, const QVariant &q) { return sameVariant(p, q); });
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
+}
+
+// Every record's identity, reference record and values: types, nested values and nullness included.
+QString typedDump(const RixMemTable &table)
+{
+    QString text;
+    QDebug debug(&text);
+    debug << qSetRealNumberPrecision(17);
+    for (int i = 0; i < table.recordCount(); ++i) {
+        debug << "\n" << table.items(i)->iD() << table.items(i)->refRecord();
+        for (int f = 0; f < table.fields()->count(); ++f)
+            debug << table.items(i)->getVariant(f) << table.items(i)->getVariant(f).isNull();
     }
-    if (a.userType() == QMetaType::QVariantMap) {
-        const QVariantMap x = a.toMap();
-        const QVariantMap y = b.toMap();
-        return x.keys() == y.keys()
-            && std::equal(x.begin(), x.end(), y.begin(),
-                [](const QVariant &p, const QVariant &q) { return sameVariant(p, q); });
-    }
-    return a == b;
+    return text;
 }
 
 // "row r field f: value" of the first record value that is not the expected text; empty when all are.
@@ -97,9 +102,7 @@ private slots:
     void identities();
     void csvFile_data();
     void csvFile();
-    void csvFixtures_data();
     void csvFixtures();
-    void csvUnreadableLeavesTableUnchanged_data();
     void csvUnreadableLeavesTableUnchanged();
     void loadFromString_data();
     void loadFromString();
@@ -114,10 +117,8 @@ private slots:
     void saveToJson_data();
     void saveToJson();
     void layerSavesOnlyChanges();
-    void layerRoundTrip();
     void addAndRemoveSignals_data();
     void addAndRemoveSignals();
-    void deleteRecordDeletes();
     void sortByField_data();
     void sortByField();
     void referenceTable();
@@ -129,27 +130,20 @@ private slots:
 void TestRixMemTable::identities()
 {
     TestableTable table;
-    RixMemRecord *first = table.newRecord();
-    QCOMPARE(first->iD(), 1);
-    table.appendRecord(first);
-    RixMemRecord *free = table.createRecord();
-    QCOMPARE(free->iD(), 0);
-    delete free;
-    QList<int> ids;
-    for (int i = 0; i < 2; ++i) {
-        RixMemRecord *record = table.newRecord();
-        ids << record->iD();
-        table.appendRecord(record);
-    }
-    QCOMPARE(ids, (QList<int> { 2, 3 }));
+    const auto append = [&table](int count) {
+        QList<int> ids;
+        for (int i = 0; i < count; ++i) {
+            RixMemRecord *record = table.newRecord();
+            ids << record->iD();
+            table.appendRecord(record);
+        }
+        return ids;
+    };
+    QCOMPARE(append(1), QList<int> { 1 });
+    QCOMPARE(std::unique_ptr<RixMemRecord>(table.createRecord())->iD(), 0);
+    QCOMPARE(append(2), (QList<int> { 2, 3 }));
     table.clear();
-    ids.clear();
-    for (int i = 0; i < 3; ++i) {
-        RixMemRecord *record = table.newRecord();
-        ids << record->iD();
-        table.appendRecord(record);
-    }
-    QCOMPARE(ids, (QList<int> { 0, 1, 2 }));
+    QCOMPARE(append(3), (QList<int> { 0, 1, 2 }));
 }
 
 void TestRixMemTable::csvFile_data()
@@ -196,13 +190,8 @@ void TestRixMemTable::csvFile()
     QFETCH(QString, expected);
 
     QTemporaryDir dir;
-    QVERIFY(dir.isValid());
     const QString path = dir.filePath(QStringLiteral("rows.csv"));
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(content);
-    file.close();
-
+    QVERIFY(writeFile(path, content));
     RixMemTable table;
     addFields(table, fields);
     table.field(0)->setDataType(QVariant::Int);
@@ -214,60 +203,36 @@ void TestRixMemTable::csvFile()
     }
 }
 
-void TestRixMemTable::csvFixtures_data()
-{
-    QTest::addColumn<QString>("file");
-    QTest::addColumn<QString>("fields");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("unknown header column, CRLF lines") << "header_unknown_column.csv"
-                                                       << "ID,Name,Width"
-                                                       << "1:1|x|边沟;2:2|y|路肩";
-    QTest::newRow("byte-order mark skipped, full-width spaces trimmed") << "bom_fullwidth_space.csv"
-                                                                        << "Name,Width"
-                                                                        << "1:中央分隔带|2;4:路缘石|0.15";
-}
-
 void TestRixMemTable::csvFixtures()
 {
-    QFETCH(QString, file);
-    QFETCH(QString, fields);
-    QFETCH(QString, expected);
-    const QString path = QFINDTESTDATA(QStringLiteral("../data/memtable/") + file);
-    QVERIFY(!path.isEmpty());
-    RixMemTable table;
-    addFields(table, fields);
-    table.loadFromCSVFile(path, true);
-    QCOMPARE(dump(table), expected);
-}
-
-void TestRixMemTable::csvUnreadableLeavesTableUnchanged_data()
-{
-    QTest::addColumn<bool>("exists");
-    QTest::newRow("missing file") << false;
-    QTest::newRow("empty file") << true;
+    const auto load = [](const char *file, const char *fields) {
+        RixMemTable table;
+        addFields(table, QString::fromLatin1(fields));
+        table.loadFromCSVFile(QFINDTESTDATA(QStringLiteral("../data/memtable/") + QLatin1String(file)), true);
+        return dump(table);
+    };
+    // Unknown header column and CRLF lines; a byte-order mark skipped and full-width spaces trimmed.
+    QCOMPARE(load("header_unknown_column.csv", "ID,Name,Width"), QStringLiteral("1:1|x|边沟;2:2|y|路肩"));
+    QCOMPARE(load("bom_fullwidth_space.csv", "Name,Width"), QStringLiteral("1:中央分隔带|2;4:路缘石|0.15"));
 }
 
 void TestRixMemTable::csvUnreadableLeavesTableUnchanged()
 {
-    QFETCH(bool, exists);
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("none.csv"));
-    if (exists) {
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
+    for (const bool exists : { false, true }) { // a missing file, an empty one
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("none.csv"));
+        if (exists)
+            QVERIFY(writeFile(path, QByteArray()));
+        RixMemTable table;
+        addFields(table, QStringLiteral("a"));
+        table.loadFromString(QStringLiteral("x\ny"), QLatin1Char(','), QStringList());
+        table.loadFromCSVFile(path, true);
+        QCOMPARE(dump(table), QStringLiteral("0:x;1:y"));
+        // A readable file appends after the existing rows, continuing the identities.
+        QVERIFY(writeFile(path, "a\nz\n"));
+        table.loadFromCSVFile(path, true);
+        QCOMPARE(dump(table), QStringLiteral("0:x;1:y;2:z"));
     }
-    RixMemTable table;
-    addFields(table, QStringLiteral("a"));
-    table.loadFromString(QStringLiteral("x\ny"), QLatin1Char(','), QStringList());
-    table.loadFromCSVFile(path, true);
-    QCOMPARE(dump(table), QStringLiteral("0:x;1:y"));
-    // A readable file appends after the existing rows, continuing the identities.
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("a\nz\n");
-    file.close();
-    table.loadFromCSVFile(path, true);
-    QCOMPARE(dump(table), QStringLiteral("0:x;1:y;2:z"));
 }
 
 void TestRixMemTable::loadFromString_data()
@@ -341,8 +306,7 @@ void TestRixMemTable::loadFromJson()
     QFETCH(int, nextID);
 
     RixMemTable table;
-    table.addField(QStringLiteral("ID"), QString(), QVariant::Int);
-    table.addField(QStringLiteral("Name"), QString(), QVariant::String);
+    addFields(table, QStringLiteral("ID:i,Name"));
     table.loadFromString(QStringLiteral("9;old"), QLatin1Char(';'), QStringList());
     table.loadFromJson(json);
     QCOMPARE(dump(table), expected);
@@ -353,11 +317,7 @@ void TestRixMemTable::loadFromJson()
 void TestRixMemTable::loadFromJsonConvertsToFieldTypes()
 {
     RixMemTable table;
-    table.addField(QStringLiteral("ID"), QString(), QVariant::Int);
-    table.addField(QStringLiteral("Name"), QString(), QVariant::String);
-    table.addField(QStringLiteral("Height"), QString(), QVariant::Double);
-    table.addField(QStringLiteral("Ratio"), QString(), QVariant::Double);
-    table.addField(QStringLiteral("Paved"), QString(), QVariant::Bool);
+    addFields(table, QStringLiteral("ID:i,Name,Height:d,Ratio:d,Paved:b"));
     QFile file(QFINDTESTDATA("../data/memtable/slope_rules.json"));
     QVERIFY(file.open(QIODevice::ReadOnly));
     table.loadFromJson(file.readAll());
@@ -382,23 +342,23 @@ void TestRixMemTable::loadFromJsonConvertsToFieldTypes()
 void TestRixMemTable::loadFromJsonOverReference()
 {
     RixMemTable base;
-    base.addField(QStringLiteral("ID"), QString(), QVariant::Int);
-    base.addField(QStringLiteral("Name"), QString(), QVariant::String);
+    addFields(base, QStringLiteral("ID:i,Name"));
     base.loadFromJson(QByteArray(R"([{"ID":10,"Name":"a"},{"ID":20,"Name":"b"},{"ID":10,"Name":"dup"}])"));
 
     RixMemTable layer;
     layer.setRefTable(&base);
-    layer.loadFromJson(
-        QByteArray(R"([{"_RefID":20},{"_RefID":10,"Name":"A"},{"_RefID":99},{"Name":"new"}])"));
-    QCOMPARE(layer.recordCount(), 4);
+    layer.loadFromJson(QByteArray(
+        R"([{"_RefID":20},{"_RefID":10,"Name":"A"},{"_RefID":99},{"Name":"new"},{"_RefID":99,"_RefID":20.0}])"));
+    QCOMPARE(layer.recordCount(), 5);
     QCOMPARE(layer.items(0)->refRecord(), base.items(1));
     QCOMPARE(layer.items(1)->refRecord(), base.items(0)); // the first match wins
     QCOMPARE(layer.items(2)->refRecord(), nullptr);
     QCOMPARE(layer.items(3)->refRecord(), nullptr);
-    QCOMPARE(dump(layer), QStringLiteral("0:20|b;1:10|A;2:|;3:|new"));
+    QCOMPARE(layer.items(4)->refRecord(), base.items(1)); // the last of repeated keys, a whole double
+    QCOMPARE(dump(layer), QStringLiteral("0:20|b;1:10|A;2:|;3:|new;4:20|b"));
     // Over a reference table the "ID" values do not move the numbering.
     const std::unique_ptr<RixMemRecord> next(layer.newRecord());
-    QCOMPARE(next->iD(), 4);
+    QCOMPARE(next->iD(), 5);
 }
 
 void TestRixMemTable::loadFromJsonMatchesDocument_data()
@@ -458,14 +418,9 @@ void TestRixMemTable::loadFromJsonMatchesDocument()
     QFETCH(int, rows);
     QFETCH(int, anyType);
 
-    const auto setUp = [](RixMemTable &table) {
-        table.addField(QStringLiteral("ID"), QString(), QVariant::Int);
-        table.addField(QStringLiteral("Name"), QString(), QVariant::String);
-        table.addField(QStringLiteral("Width"), QString(), QVariant::Double);
-        table.addField(QStringLiteral("Any"), QString(), QVariant::Invalid);
-    };
+    const QString fields = QStringLiteral("ID:i,Name,Width:d,Any:?");
     RixMemTable base;
-    setUp(base);
+    addFields(base, fields);
     base.loadFromJson(QByteArray(R"([{"ID":1,"Name":"a"},{"ID":2,"Name":"b"}])"));
     const QJsonArray document = QJsonDocument::fromJson(json).array();
     for (RixMemTable *refTable : { static_cast<RixMemTable *>(nullptr), &base }) {
@@ -475,40 +430,18 @@ void TestRixMemTable::loadFromJsonMatchesDocument()
             actual.setRefTable(refTable);
             expected.setRefTable(refTable);
         } else {
-            setUp(actual);
-            setUp(expected);
+            addFields(actual, fields);
+            addFields(expected, fields);
         }
         actual.loadFromJson(json);
         expected.loadFromJson(document);
         QCOMPARE(actual.recordCount(), rows);
-        QCOMPARE(expected.recordCount(), rows);
-        for (int i = 0; i < rows; ++i) {
-            QCOMPARE(actual.items(i)->iD(), expected.items(i)->iD());
-            QCOMPARE(actual.items(i)->refRecord(), expected.items(i)->refRecord());
-            for (int f = 0; f < actual.fields()->count(); ++f) {
-                const QVariant a = actual.items(i)->getVariant(f);
-                const QVariant e = expected.items(i)->getVariant(f);
-                if (!sameVariant(a, e))
-                    QFAIL(qPrintable(QStringLiteral("row %1 field %2: %3 %4 against %5 %6")
-                                         .arg(i)
-                                         .arg(f)
-                                         .arg(QLatin1String(a.typeName()), a.toString(),
-                                             QLatin1String(e.typeName()), e.toString())));
-            }
-        }
+        QCOMPARE(typedDump(actual), typedDump(expected));
         if (rows > 0 && !refTable)
             QCOMPARE(actual.items(0)->getVariant(QStringLiteral("Any")).userType(), anyType);
         const std::unique_ptr<RixMemRecord> actualNext(actual.newRecord());
         const std::unique_ptr<RixMemRecord> expectedNext(expected.newRecord());
         QCOMPARE(actualNext->iD(), expectedNext->iD());
-    }
-    // The reference key picks the reference record.
-    if (QTest::currentDataTag() == QLatin1String("repeated reference key: the last wins")) {
-        RixMemTable layer;
-        layer.setRefTable(&base);
-        layer.loadFromJson(json);
-        QCOMPARE(layer.items(0)->refRecord(), base.items(1));
-        QCOMPARE(layer.items(1)->refRecord(), base.items(0));
     }
 }
 
@@ -542,7 +475,6 @@ void TestRixMemTable::repeatedTextsStayValues()
     RixMemTable table;
     addFields(table, QStringLiteral("Name,Kind,Note"));
     QTemporaryDir dir;
-    QVERIFY(dir.isValid());
     if (loader == QLatin1String("json") || loader == QLatin1String("array")) {
         QJsonArray array;
         for (const QStringList &row : qAsConst(expected))
@@ -556,10 +488,7 @@ void TestRixMemTable::repeatedTextsStayValues()
         for (const QStringList &row : qAsConst(expected))
             content += row.join(QLatin1Char(',')).toUtf8() + '\n';
         const QString path = dir.filePath(QStringLiteral("rows.csv"));
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(content);
-        file.close();
+        QVERIFY(writeFile(path, content));
         table.loadFromCSVFile(path, true);
     } else {
         QStringList lines;
@@ -583,47 +512,29 @@ void TestRixMemTable::repeatedTextsStayValues()
 
 void TestRixMemTable::saveToJson_data()
 {
-    QTest::addColumn<QString>("rows"); // loaded with ';' into ID,Name,Width
+    QTest::addColumn<QByteArray>("loaded");
     QTest::addColumn<QString>("expected");
-
     QTest::newRow("stored values, field names as spelled, types kept")
-        << "1;边沟;0.5"
-        << R"([{"ID":1,"Name":"边沟","Width":0.5}])";
-    QTest::newRow("null values left out") << "2;x"
-                                          << R"([{"ID":2,"Name":"x"}])";
-    QTest::newRow("no records: byte array untouched") << ""
-                                                      << "untouched";
+        << QByteArray(R"([{"id":1,"Name":"边沟","Width":0.5}])") << R"([{"ID":1,"Name":"边沟","Width":0.5}])";
+    QTest::newRow("null values left out")
+        << QByteArray(R"([{"ID":2,"Name":"x"}])") << R"([{"ID":2,"Name":"x"}])";
+    QTest::newRow("no records: byte array untouched") << QByteArray("[]") << "untouched";
 }
 
 void TestRixMemTable::saveToJson()
 {
-    QFETCH(QString, rows);
+    QFETCH(QByteArray, loaded);
     QFETCH(QString, expected);
-
     RixMemTable table;
-    table.addField(QStringLiteral("ID"), QString(), QVariant::Int);
-    table.addField(QStringLiteral("Name"), QString(), QVariant::String);
-    table.addField(QStringLiteral("Width"), QString(), QVariant::Double);
-    table.loadFromString(rows, QLatin1Char(';'), QStringList());
-    // Typed values, as a host module would set them.
-    for (int i = 0; i < table.recordCount(); ++i) {
-        RixMemRecord *record = table.items(i);
-        record->setNeedConvert(true);
-        const QString id = record->asString(QStringLiteral("ID"));
-        const QString width = record->asString(QStringLiteral("Width"));
-        record->setVariant(QStringLiteral("ID"), QVariant());
-        record->setVariant(QStringLiteral("Width"), QVariant());
-        record->setAsString(QStringLiteral("ID"), id, false);
-        record->setAsString(QStringLiteral("Width"), width, false);
-    }
+    addFields(table, QStringLiteral("ID:i,Name,Width:d"));
+    table.loadFromJson(loaded);
     QCOMPARE(savedJson(table), expected);
 }
 
 void TestRixMemTable::layerSavesOnlyChanges()
 {
     RixMemTable base;
-    base.addField(QStringLiteral("ID"), QString(), QVariant::Int);
-    base.addField(QStringLiteral("Name"), QString(), QVariant::String);
+    addFields(base, QStringLiteral("ID:i,Name"));
     base.loadFromJson(QByteArray(R"([{"ID":1,"Name":"a"},{"ID":2,"Name":"b"},{"ID":3,"Name":"c"}])"));
 
     RixMemTable layer;
@@ -637,8 +548,14 @@ void TestRixMemTable::layerSavesOnlyChanges()
     QCOMPARE(savedJson(layer), QStringLiteral("untouched"));
 
     layer.items(1)->setAsString(QStringLiteral("name"), QStringLiteral("B"), false);
-    QCOMPARE(savedJson(layer), QStringLiteral(R"([{"_RefID":1},{"Name":"B","_RefID":2},{"_RefID":3}])"));
+    const QString saved = savedJson(layer);
+    QCOMPARE(saved, QStringLiteral(R"([{"_RefID":1},{"Name":"B","_RefID":2},{"_RefID":3}])"));
     QCOMPARE(base.items(1)->asString(QStringLiteral("Name")), QStringLiteral("b"));
+    RixMemTable reloaded;
+    reloaded.setRefTable(&base);
+    reloaded.loadFromJson(saved.toUtf8());
+    QCOMPARE(dump(reloaded), QStringLiteral("0:1|a;1:2|B;2:3|c"));
+    QCOMPARE(reloaded.items(1)->refRecord(), base.items(1));
 
     // Setting the reference's value back stores nothing again.
     layer.items(1)->setAsString(QStringLiteral("Name"), QStringLiteral("b"), false);
@@ -649,26 +566,6 @@ void TestRixMemTable::layerSavesOnlyChanges()
     QCOMPARE(savedJson(layer), QStringLiteral(R"([{"_RefID":1},{"_RefID":2}])"));
 }
 
-void TestRixMemTable::layerRoundTrip()
-{
-    RixMemTable base;
-    base.addField(QStringLiteral("ID"), QString(), QVariant::Int);
-    base.addField(QStringLiteral("Ratio"), QString(), QVariant::Double);
-    base.loadFromJson(QByteArray(R"([{"ID":1,"Ratio":1.5},{"ID":2,"Ratio":1.75}])"));
-    RixMemTable layer;
-    layer.setRefTable(&base);
-    layer.appendRefRecords(&base);
-    layer.items(0)->setVariant(QStringLiteral("Ratio"), 2.0);
-    QByteArray saved;
-    layer.saveToJson(saved);
-
-    RixMemTable reloaded;
-    reloaded.setRefTable(&base);
-    reloaded.loadFromJson(saved);
-    QCOMPARE(dump(reloaded), QStringLiteral("0:1|2;1:2|1.75"));
-    QCOMPARE(reloaded.items(1)->refRecord(), base.items(1));
-}
-
 void TestRixMemTable::addAndRemoveSignals_data()
 {
     QTest::addColumn<int>("operation");
@@ -676,16 +573,19 @@ void TestRixMemTable::addAndRemoveSignals_data()
     QTest::addColumn<int>("beforeRemove");
     QTest::addColumn<int>("afterRemove");
     QTest::addColumn<int>("remaining");
+    QTest::addColumn<int>("deleted"); // of the two records there before
 
-    QTest::newRow("append") << 0 << 1 << 0 << 0 << 3;
-    QTest::newRow("insert") << 1 << 1 << 0 << 0 << 3;
-    QTest::newRow("removeRecord of a table record") << 2 << 0 << 1 << 1 << 1;
-    QTest::newRow("removeRecord of a foreign record still signals") << 3 << 0 << 1 << 1 << 2;
-    QTest::newRow("deleteRecord(-1) does nothing") << 4 << 0 << 0 << 0 << 2;
-    QTest::newRow("deleteRecord(0)") << 5 << 0 << 1 << 1 << 1;
-    QTest::newRow("clear deletes silently") << 6 << 0 << 0 << 0 << 0;
-    QTest::newRow("loaders signal each added record") << 7 << 2 << 0 << 0 << 2;
-    QTest::newRow("appendRefRecords signals each record") << 8 << 2 << 0 << 0 << 4;
+    QTest::newRow("append") << 0 << 1 << 0 << 0 << 3 << 0;
+    QTest::newRow("insert") << 1 << 1 << 0 << 0 << 3 << 0;
+    QTest::newRow("removeRecord of a table record") << 2 << 0 << 1 << 1 << 1 << 0;
+    QTest::newRow("removeRecord of a foreign record still signals") << 3 << 0 << 1 << 1 << 2 << 0;
+    QTest::newRow("deleteRecord(-1) does nothing") << 4 << 0 << 0 << 0 << 2 << 0;
+    QTest::newRow("deleteRecord past the end does nothing") << 9 << 0 << 0 << 0 << 2 << 0;
+    QTest::newRow("deleteRecord(0) deletes, signalled while still in the table")
+        << 5 << 0 << 1 << 1 << 1 << 1;
+    QTest::newRow("clear deletes silently") << 6 << 0 << 0 << 0 << 0 << 2;
+    QTest::newRow("loaders signal each added record") << 7 << 2 << 0 << 0 << 2 << 2;
+    QTest::newRow("appendRefRecords signals each record") << 8 << 2 << 0 << 0 << 4 << 0;
 }
 
 void TestRixMemTable::addAndRemoveSignals()
@@ -695,11 +595,16 @@ void TestRixMemTable::addAndRemoveSignals()
     QFETCH(int, beforeRemove);
     QFETCH(int, afterRemove);
     QFETCH(int, remaining);
+    QFETCH(int, deleted);
 
     RixMemTable table;
     addFields(table, QStringLiteral("a"));
     table.loadFromString(QStringLiteral("x\ny"), QLatin1Char(','), QStringList());
     RixMemRecord foreign(&table);
+    const QPointer<RixMemRecord> first = table.items(0);
+    const QPointer<RixMemRecord> second = table.items(1);
+    int indexSeen = -2;
+    connect(&table, &RixMemTable::onBeforeRemove, this, [&](RixMemRecord *r) { indexSeen = r->index(); });
 
     QSignalSpy addSpy(&table, &RixMemTable::onAfterAdd);
     QSignalSpy beforeSpy(&table, &RixMemTable::onBeforeRemove);
@@ -741,11 +646,17 @@ void TestRixMemTable::addAndRemoveSignals()
     case 8:
         table.appendRefRecords(&table);
         break;
+    case 9:
+        table.deleteRecord(2);
+        break;
     }
     QCOMPARE(addSpy.count(), added);
     QCOMPARE(beforeSpy.count(), beforeRemove);
     QCOMPARE(afterSpy.count(), afterRemove);
     QCOMPARE(table.recordCount(), remaining);
+    QCOMPARE(int(first.isNull()) + int(second.isNull()), deleted);
+    if (operation == 5)
+        QCOMPARE(indexSeen, 0);
     if (signalled) {
         const QSignalSpy &spy = added ? addSpy : beforeSpy;
         // Read the pointer without a cast: the record may be deleted by now.
@@ -757,25 +668,6 @@ void TestRixMemTable::addAndRemoveSignals()
         QCOMPARE(beforeSpy.count(), 2);
         QCOMPARE(table.recordCount(), remaining);
     }
-}
-
-void TestRixMemTable::deleteRecordDeletes()
-{
-    RixMemTable table;
-    addFields(table, QStringLiteral("a"));
-    table.loadFromString(QStringLiteral("x\ny"), QLatin1Char(','), QStringList());
-    QPointer<RixMemRecord> first = table.items(0);
-    QPointer<RixMemRecord> second = table.items(1);
-    int ownerSeenBefore = -1;
-    connect(
-        &table, &RixMemTable::onBeforeRemove, this, [&](RixMemRecord *r) { ownerSeenBefore = r->index(); });
-    table.deleteRecord(0);
-    QVERIFY(first.isNull());
-    QCOMPARE(ownerSeenBefore, 0);
-    table.deleteRecord(5);
-    QCOMPARE(table.recordCount(), 1);
-    table.clear();
-    QVERIFY(second.isNull());
 }
 
 void TestRixMemTable::sortByField_data()
@@ -800,9 +692,7 @@ void TestRixMemTable::sortByField()
     QFETCH(QVariantList, sorted);
 
     RixMemTable table;
-    table.addField(QStringLiteral("N"), QString(), QVariant::Int);
-    table.addField(QStringLiteral("D"), QString(), QVariant::Double);
-    table.addField(QStringLiteral("T"), QString(), QVariant::String);
+    addFields(table, QStringLiteral("N:i,D:d,T"));
     const QString valueField = field == QLatin1String("Nope") ? QStringLiteral("N") : field;
     for (const QVariant &value : values) {
         RixMemRecord *record = table.newRecord();
@@ -900,9 +790,7 @@ void TestRixMemTable::assign()
 void TestRixMemTable::findAndColumnQueries()
 {
     RixMemTable table;
-    table.addField(QStringLiteral("ID"), QString(), QVariant::Int);
-    table.addField(QStringLiteral("Name"), QString(), QVariant::String);
-    table.addField(QStringLiteral("Empty"), QString(), QVariant::String);
+    addFields(table, QStringLiteral("ID:i,Name,Empty"));
     QVERIFY(table.columnDataIsNull(0));
     QVERIFY(!table.isValid());
     table.loadFromJson(QByteArray(R"([{"ID":1,"Name":"a"},{"ID":2,"Name":"b"},{"ID":3,"Name":"b"}])"));

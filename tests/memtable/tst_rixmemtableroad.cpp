@@ -18,7 +18,6 @@ class TestRixMemTableRoad : public QObject
 
 private slots:
     void init();
-    void cleanup();
 
     void typedEntry_data();
     void typedEntry();
@@ -55,11 +54,6 @@ void TestRixMemTableRoad::init()
         m_table->items(i)->setNeedConvert(true);
 }
 
-void TestRixMemTableRoad::cleanup()
-{
-    m_table.reset();
-}
-
 RixMemRecord *TestRixMemTableRoad::lane(const QString &code) const
 {
     return m_table->findRecord(QStringLiteral("Code"), code);
@@ -73,33 +67,17 @@ void TestRixMemTableRoad::typedEntry_data()
     QTest::addColumn<QString>("error");
     QTest::addColumn<QVariant>("stored");
 
-    QTest::newRow("width above the row's limit: field message")
-        << "L2"
-        << "Width"
-        << "4.5" << QStringLiteral("宽度应大于0且不超过限宽") << QVariant(2.75);
-    QTest::newRow("width within another row's limit is stored as a double")
-        << "L3"
-        << "Width"
-        << "4.5" << QString() << QVariant(4.5);
-    QTest::newRow("width that is no number: field message")
-        << "L1"
-        << "Width"
-        << "3,5" << QStringLiteral("宽度应大于0且不超过限宽") << QVariant(3.5);
-    QTest::newRow("kind outside the list: default message")
-        << "L1"
-        << "Kind"
-        << "C" << QStringLiteral("属性值[C]非法") << QVariant(QStringLiteral("A"));
-    QTest::newRow("kind in the list is stored") << "L1"
-                                                << "Kind"
-                                                << "B" << QString() << QVariant(QStringLiteral("B"));
-    QTest::newRow("layers checked by the field's own name, stored as an integer")
-        << "L2"
-        << "Layers"
-        << "4" << QString() << QVariant(4);
-    QTest::newRow("too many layers: default message")
-        << "L2"
-        << "Layers"
-        << "5" << QStringLiteral("属性值[5]非法") << QVariant(3);
+    const auto row
+        = [](const char *name, const char *code, const char *field, const char *text, const char *error,
+              const QVariant &stored) { QTest::newRow(name) << code << field << text << error << stored; };
+    const char *widthMessage = "宽度应大于0且不超过限宽";
+    row("width above the row's limit: field message", "L2", "Width", "4.5", widthMessage, 2.75);
+    row("width within another row's limit is stored as a double", "L3", "Width", "4.5", "", 4.5);
+    row("width that is no number: field message", "L1", "Width", "3,5", widthMessage, 3.5);
+    row("kind outside the list: default message", "L1", "Kind", "C", "属性值[C]非法", "A");
+    row("kind in the list is stored", "L1", "Kind", "B", "", "B");
+    row("layers checked by the field's own name, stored as an integer", "L2", "Layers", "4", "", 4);
+    row("too many layers: default message", "L2", "Layers", "5", "属性值[5]非法", 3);
 }
 
 void TestRixMemTableRoad::typedEntry()
