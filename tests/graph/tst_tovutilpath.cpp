@@ -21,10 +21,8 @@ class TestTovUtilPath : public QObject
 private slots:
     void searches_data();
     void searches();
-    void malformedGraph_data();
-    void malformedGraph();
-    void badArguments_data();
-    void badArguments();
+    void failures_data();
+    void failures();
     void dumpMatchesFixture();
 
 private:
@@ -91,63 +89,57 @@ void TestTovUtilPath::searches()
         qPrintable(lines.at(2)));
 }
 
-void TestTovUtilPath::malformedGraph_data()
-{
-    QTest::addColumn<QString>("content");
-    QTest::addColumn<QString>("error");
-
-    row("unknown side", "# roads\n1 out 2 in\n\n2 up 3 in\n", "%1:4: a side is \"in\" or \"out\"");
-    row("too few words", "1 out 2\n",
-        "%1:1: expected \"KEY1 SIDE1 KEY2 SIDE2 [WEIGHT]\" or \"node KEY WEIGHT\"");
-    row("weight not a number", "1 out 2 in 2\n1 in 3 out heavy\n",
-        "%1:2: expected \"KEY1 SIDE1 KEY2 SIDE2 [WEIGHT]\" or \"node KEY WEIGHT\"");
-    row("bad node line", "1 out 2 in\nnode 1\n", "%1:2: expected \"node KEY WEIGHT\"");
-    row("self-loop", "5 out 5 in\n", "%1:1: an edge cannot join node 5 to itself");
-    row("nodes joined twice", "1 out 2 in\n2 in 1 in # again\n", "%1:2: nodes 2 and 1 are already joined");
-}
-
-void TestTovUtilPath::malformedGraph()
-{
-    QFETCH(QString, content);
-    QFETCH(QString, error);
-    QTemporaryDir dir;
-    QVERIFY(dir.isValid());
-    const QString file = dir.filePath(QStringLiteral("graph.txt"));
-    QFile out(file);
-    QVERIFY(out.open(QIODevice::WriteOnly));
-    out.write(content.toUtf8());
-    out.close();
-    const Result result = run({ file, QStringLiteral("--start"), QStringLiteral("1") });
-    QCOMPARE(result.exitCode, 1);
-    QCOMPARE(result.out, QString());
-    QCOMPARE(result.err, QStringLiteral("tovutil: ") + error.arg(file) + QLatin1Char('\n'));
-}
-
-void TestTovUtilPath::badArguments_data()
+void TestTovUtilPath::failures_data()
 {
     QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>(
+        "graph"); // when given: written to a file, searched from node 1 ("%1" in the error)
     QTest::addColumn<QString>("error");
 
-    row("no search given", QStringList { sample("chain.txt") },
+    row("no search given", QStringList { sample("chain.txt") }, QString(),
         "give one of --from and --to, --start or --keys");
-    row("two searches given", QStringList { sample("chain.txt"), "--start", "1", "--keys", "1,2" },
+    row("two searches given", QStringList { sample("chain.txt"), "--start", "1", "--keys", "1,2" }, QString(),
         "give one of --from and --to, --start or --keys");
-    row("from without to", QStringList { sample("chain.txt"), "--from", "1" }, "--from and --to go together");
-    row("keys not numbers", QStringList { sample("chain.txt"), "--keys", "1,b" },
+    row("from without to", QStringList { sample("chain.txt"), "--from", "1" }, QString(),
+        "--from and --to go together");
+    row("keys not numbers", QStringList { sample("chain.txt"), "--keys", "1,b" }, QString(),
         "--keys takes comma-separated integer keys");
-    row("unknown start node", QStringList { sample("chain.txt"), "--start", "99" },
+    row("unknown start node", QStringList { sample("chain.txt"), "--start", "99" }, QString(),
         sample("chain.txt") + ": no node 99");
-    row("missing file", QStringList { sample("none.txt"), "--start", "1" },
+    row("missing file", QStringList { sample("none.txt"), "--start", "1" }, QString(),
         sample("none.txt") + ": no such file");
-    row("no file", QStringList { "--start", "1" }, "path needs exactly one FILE (see tovutil path --help)");
+    row("no file", QStringList { "--start", "1" }, QString(),
+        "path needs exactly one FILE (see tovutil path --help)");
+    row("unknown side", QStringList(), "# roads\n1 out 2 in\n\n2 up 3 in\n",
+        "%1:4: a side is \"in\" or \"out\"");
+    row("too few words", QStringList(), "1 out 2\n",
+        "%1:1: expected \"KEY1 SIDE1 KEY2 SIDE2 [WEIGHT]\" or \"node KEY WEIGHT\"");
+    row("weight not a number", QStringList(), "1 out 2 in 2\n1 in 3 out heavy\n",
+        "%1:2: expected \"KEY1 SIDE1 KEY2 SIDE2 [WEIGHT]\" or \"node KEY WEIGHT\"");
+    row("bad node line", QStringList(), "1 out 2 in\nnode 1\n", "%1:2: expected \"node KEY WEIGHT\"");
+    row("self-loop", QStringList(), "5 out 5 in\n", "%1:1: an edge cannot join node 5 to itself");
+    row("nodes joined twice", QStringList(), "1 out 2 in\n2 in 1 in # again\n",
+        "%1:2: nodes 2 and 1 are already joined");
 }
 
-void TestTovUtilPath::badArguments()
+void TestTovUtilPath::failures()
 {
     QFETCH(QStringList, arguments);
+    QFETCH(QString, graph);
     QFETCH(QString, error);
+    QTemporaryDir dir;
+    if (!graph.isEmpty()) {
+        const QString file = dir.filePath(QStringLiteral("graph.txt"));
+        QFile out(file);
+        QVERIFY(out.open(QIODevice::WriteOnly));
+        out.write(graph.toUtf8());
+        out.close();
+        arguments = QStringList { file, QStringLiteral("--start"), QStringLiteral("1") };
+        error = error.arg(file);
+    }
     const Result result = run(arguments);
     QCOMPARE(result.exitCode, 1);
+    QCOMPARE(result.out, QString());
     QCOMPARE(result.err, QStringLiteral("tovutil: ") + error + QLatin1Char('\n'));
 }
 
