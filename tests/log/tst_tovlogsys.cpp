@@ -28,7 +28,7 @@ private slots:
     void checkOptions();
     void newProjectGetsTheTemplate();
     void openContinuesIds();
-    void openFailureLeavesLoggingOff();
+    void closedOrFailedProjectLogsNothing();
     void rows_data();
     void rows();
     void contextAndFormattedStarts();
@@ -39,10 +39,8 @@ private slots:
     void funcDataFiles();
     void funcDataWithoutMessageIsDebugOutput();
     void lastEdoIdAndManagers();
-    void clearKeepsCounter();
     void transactions_data();
     void transactions();
-    void closedProjectLogsNothing();
 
 private:
     QString dbFile() const { return m_project.filePath(QStringLiteral("TovLog.db")); }
@@ -227,9 +225,15 @@ void TestTovLogSys::openContinuesIds()
     QCOMPARE(describe(readLogRows(dbFile())), QStringList({ "a|-|1|-1||", "b|-|1|-1||" }));
 }
 
-void TestTovLogSys::openFailureLeavesLoggingOff()
+void TestTovLogSys::closedOrFailedProjectLogsNothing()
 {
     TovLogSys *sys = TovLogSys::instance();
+    runScript(QStringLiteral("I:open ."));
+    sys->onProjectBeforeClose();
+    QVERIFY(logger.infoStart(QStringLiteral("closed")).isNull());
+    logger.stopLog();
+    QCOMPARE(describe(readLogRows(dbFile())), QStringList({ "open|-|1|-1||" }));
+
     DebugCapture capture;
     sys->onProjectAfterOpen(m_project.filePath(QStringLiteral("missing/folder")));
     QVERIFY(!sys->dbSession());
@@ -437,19 +441,6 @@ void TestTovLogSys::lastEdoIdAndManagers()
     QCOMPARE(sys->lastLogTimeName(), QString());
 }
 
-void TestTovLogSys::clearKeepsCounter()
-{
-    TovLogSys *sys = TovLogSys::instance();
-    runScript(QStringLiteral("I:a . I:b . I:c ."));
-    const QVector<LogRow> before = readLogRows(dbFile(), QStringLiteral("ID"));
-    QCOMPARE(before.size(), 3);
-    sys->clearLogData();
-    QCOMPARE(readLogRows(dbFile()).size(), 0);
-    QCOMPARE(logger.infoStart(QStringLiteral("d")).id(), before.last().id + 1);
-    logger.stopLog();
-    QCOMPARE(readLogRows(dbFile()).size(), 1);
-}
-
 void TestTovLogSys::transactions_data()
 {
     QTest::addColumn<bool>("commit");
@@ -474,16 +465,6 @@ void TestTovLogSys::transactions()
     logger.stopLog();
     QCOMPARE(readLogRows(dbFile(), QStringLiteral("ID")).last().id, next);
     QVERIFY(next >= 3);
-}
-
-void TestTovLogSys::closedProjectLogsNothing()
-{
-    TovLogSys *sys = TovLogSys::instance();
-    runScript(QStringLiteral("I:open ."));
-    sys->onProjectBeforeClose();
-    QVERIFY(logger.infoStart(QStringLiteral("closed")).isNull());
-    logger.stopLog();
-    QCOMPARE(describe(readLogRows(dbFile())), QStringList({ "open|-|1|-1||" }));
 }
 
 QTEST_GUILESS_MAIN(TestTovLogSys)

@@ -42,7 +42,6 @@ private slots:
     void queryMaxValue();
 
 private:
-    void addDriverRows(const char *caseName);
     template<typename... Values>
     void addDriverRow(const char *caseName, const Values &...values);
     bool skipUnavailable(int type);
@@ -89,20 +88,11 @@ void TestTovSqlDBSession::cleanup()
     QFile::remove(m_file);
 }
 
-void TestTovSqlDBSession::addDriverRows(const char *caseName)
-{
-    for (int type : driverTypes)
-        QTest::addRow("%s: %s", driverName(type), caseName) << type;
-}
-
 template<typename... Values>
 void TestTovSqlDBSession::addDriverRow(const char *caseName, const Values &...values)
 {
-    for (int type : driverTypes) {
-        QTestData &row = QTest::addRow("%s: %s", driverName(type), caseName);
-        row << type;
-        (void)std::initializer_list<int> { ((row << values), 0)... };
-    }
+    for (int type : driverTypes)
+        ((QTest::addRow("%s: %s", driverName(type), caseName) << type) << ... << values);
 }
 
 bool TestTovSqlDBSession::skipUnavailable(int type)
@@ -315,7 +305,7 @@ void TestTovSqlDBSession::insertAndQuery()
 void TestTovSqlDBSession::updateSaveDelete_data()
 {
     QTest::addColumn<int>("type");
-    addDriverRows("rows changed by key");
+    addDriverRow("rows changed by key");
 }
 
 void TestTovSqlDBSession::updateSaveDelete()
@@ -397,7 +387,7 @@ void TestTovSqlDBSession::repeatedInsertStoresEachValue()
 void TestTovSqlDBSession::preparedStatements_data()
 {
     QTest::addColumn<int>("type");
-    addDriverRows("reused while the text stays, redone when it changes or failed");
+    addDriverRow("reused while the text stays, redone when it changes or failed");
 }
 
 void TestTovSqlDBSession::preparedStatements()
@@ -607,7 +597,7 @@ void TestTovSqlDBSession::importRows()
 void TestTovSqlDBSession::transactions_data()
 {
     QTest::addColumn<int>("type");
-    addDriverRows("caller's rollback drops imported rows, reopening drops uncommitted ones");
+    addDriverRow("caller's rollback drops imported rows, reopening drops uncommitted ones");
 }
 
 void TestTovSqlDBSession::transactions()
