@@ -80,12 +80,10 @@ void TestHynServices::dbContexts_data()
     QTest::addColumn<QString>("added");
     QTest::addColumn<QString>("asked");
     QTest::addColumn<bool>("exists");
-    QTest::newRow("same text") << "Proj_Table_Name"
-                               << "Proj_Table_Name" << true;
-    QTest::newRow("other case is another context") << "Proj_Table_Name"
-                                                   << "proj_table_name" << false;
-    QTest::newRow("prefix is not enough") << "Proj_Table_Name"
-                                          << "Proj_Table" << false;
+    QTest::newRow("same text") << "Proj_Table_Name" << QStringLiteral("Proj_Table_Name") << true;
+    QTest::newRow("other case is another context")
+        << "Proj_Table_Name" << QStringLiteral("proj_table_name") << false;
+    QTest::newRow("prefix is not enough") << "Proj_Table_Name" << QStringLiteral("Proj_Table") << false;
     QTest::newRow("chinese") << QStringLiteral("构件") << QStringLiteral("构件") << true;
 }
 
