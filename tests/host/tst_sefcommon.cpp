@@ -44,6 +44,7 @@ void TestSefCommon::isNumeric_data()
     row("leading point", ".5", true);
     row("trailing point", "5.", true);
     row("exponent", "1e3", true);
+    row("signed upper-case exponent", "2.5E-4", true);
     row("surrounding blanks are trimmed", "  42\t", true);
     row("empty", "", false);
     row("letters", "abc", false);
@@ -121,6 +122,7 @@ void TestSefCommon::variantToString_data()
     row("null string", QVariant(QString()), QString());
     row("null int", QVariant(QVariant::Int), QString());
     row("bool true", QVariant(true), "true");
+    row("bool false", QVariant(false), "false");
     row("int", QVariant(-42), "-42");
     row("long long beyond 32 bits", QVariant(qlonglong(1) << 40), "1099511627776");
     row("unsigned long long max", QVariant(std::numeric_limits<qulonglong>::max()), "18446744073709551615");
