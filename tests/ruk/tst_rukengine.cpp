@@ -224,7 +224,7 @@ void TestRukEngine::evaluate_data()
     row("upper lower trim", "upper('aB') & lower('aB') & trim('  x ')", "12:ABabx");
     row("str of a float", "str(2.50)", "12:2.5");
     row("num of a text", "num(' 12 ')", "10:12");
-    // Parse errors point at a character; evaluation errors carry no position.
+    // Parse errors point at a character.
     const auto parseError
         = [](const char *name, const QString &expression, int position, const char *detail) {
               row(name, expression,
@@ -253,27 +253,25 @@ void TestRukEngine::evaluate_data()
     parseError("unterminated bracketed name", QStringLiteral("[宽度 + 1"), 1, "缺少右方括号");
     parseError("empty bracketed name", QStringLiteral("[] + 1"), 1, "变量名为空");
     parseError("number out of range", QStringLiteral("1e999"), 1, "数值超出范围");
-    const auto evalError = [](const char *name, const char *expression, const char *message) {
-        row(name, QString::fromUtf8(expression), QString::fromUtf8(message));
-    };
-    evalError("division by zero", "1/0", "除数为零");
-    evalError("float division by zero", "1.5/(2-2)", "除数为零");
-    evalError("integer remainder by zero", "5 % 0", "除数为零");
-    evalError("float remainder by zero", "1.5 mod 0", "除数为零");
-    evalError("square root of a negative", "sqrt(-1)", "计算结果溢出");
-    evalError("power beyond double", "10^400", "计算结果溢出");
-    evalError("product beyond double", "1e300*1e300", "计算结果溢出");
-    evalError("variable without a value", "missing + 1", "变量[missing]没有值");
-    evalError("bracketed code in the message", "[无值]", "变量[无值]没有值");
-    evalError("variable marked invalid", "bad + 1", "变量[bad]的值无效");
-    evalError("negating a text", "-'abc'", "运算符[-]不能用于字符串");
-    evalError("adding a boolean", "true + 1", "运算符[+]不能用于布尔值");
-    evalError("subtracting a non-numeric text", "s - 1", "运算符[-]不能用于字符串");
-    evalError("logic over a text", "'abc' and true", "运算符[and]不能用于字符串");
-    evalError("not over a text", "not 'x'", "运算符[not]不能用于字符串");
-    evalError("function over a text", "sqrt('x')", "函数[sqrt]不能用于字符串");
-    evalError("if over a text", "if('x', 1, 2)", "函数[if]不能用于字符串");
-    evalError("num of a word", "num('x')", "文本[x]不是数值");
+    // Evaluation errors carry no position.
+    row("division by zero", "1/0", "除数为零");
+    row("float division by zero", "1.5/(2-2)", "除数为零");
+    row("integer remainder by zero", "5 % 0", "除数为零");
+    row("float remainder by zero", "1.5 mod 0", "除数为零");
+    row("square root of a negative", "sqrt(-1)", "计算结果溢出");
+    row("power beyond double", "10^400", "计算结果溢出");
+    row("product beyond double", "1e300*1e300", "计算结果溢出");
+    row("variable without a value", "missing + 1", "变量[missing]没有值");
+    row("bracketed code in the message", "[无值]", "变量[无值]没有值");
+    row("variable marked invalid", "bad + 1", "变量[bad]的值无效");
+    row("negating a text", "-'abc'", "运算符[-]不能用于字符串");
+    row("adding a boolean", "true + 1", "运算符[+]不能用于布尔值");
+    row("subtracting a non-numeric text", "s - 1", "运算符[-]不能用于字符串");
+    row("logic over a text", "'abc' and true", "运算符[and]不能用于字符串");
+    row("not over a text", "not 'x'", "运算符[not]不能用于字符串");
+    row("function over a text", "sqrt('x')", "函数[sqrt]不能用于字符串");
+    row("if over a text", "if('x', 1, 2)", "函数[if]不能用于字符串");
+    row("num of a word", "num('x')", "文本[x]不是数值");
 }
 
 void TestRukEngine::evaluate()
