@@ -13,6 +13,13 @@
 
 namespace {
 
+// One table row, the values in column order.
+template<typename... Values>
+void row(const char *name, const Values &...values)
+{
+    (QTest::newRow(name) << ... << values);
+}
+
 // Builds with every node weighing 1 unless an "n<key>=<weight>" token says otherwise.
 void buildWeighted(TovGraphStruct &graph, const QString &text)
 {
@@ -86,14 +93,10 @@ private slots:
     void twoNode();
     void oneNode_data();
     void oneNode();
-    void keyList_data();
-    void keyList();
-    void region_data();
-    void region();
+    void keySearches_data();
+    void keySearches();
     void timeout_data();
     void timeout();
-    void searchAgainAfterEdit_data();
-    void searchAgainAfterEdit();
     void copyKeepsSetup();
     void protectedOperations();
     void matchesReference_data();
@@ -115,69 +118,44 @@ void TestTovPathSearcher::twoNode_data()
 
     const QList<int> none;
     const QString chain = QStringLiteral("1o-2i 2o-3i");
-    QTest::newRow("chain followed along its sides")
-        << chain << none << "" << 1 << 3 << 99 << "" << 0 << "1,2,3" << 3;
-    QTest::newRow("chain searched backwards")
-        << chain << none << "" << 3 << 1 << 99 << "" << 0 << "3,2,1" << 3;
-    QTest::newRow("no turning back through the entry side")
-        << "1o-2i 3o-2i" << none << "" << 1 << 3 << 99 << "" << 0 << "" << 0;
-    QTest::newRow("detour instead of turning back")
-        << "1o-2i 3o-2i 2o-4i 4o-3i" << none << "" << 1 << 3 << 99 << "" << 0 << "1,2,4,3" << 4;
-    QTest::newRow("heavier route wins over shorter")
-        << "1o-2i 2o-5i 1o-3i 3o-4i 4o-5i" << none << "" << 1 << 5 << 99 << "" << 0 << "1,3,4,5" << 4;
-    QTest::newRow("equal weight: smaller edge sum wins though found later")
-        << "1o-2i@1 2o-4i@9 1o-3i@2 3o-4i@2" << none << "" << 1 << 4 << 99 << "" << 0 << "1,3,4" << 3;
-    QTest::newRow("equal weight and sum: cheaper first edge found first")
-        << "1o-2i@1 2o-4i@3 1o-3i@2 3o-4i@2" << none << "" << 1 << 4 << 99 << "" << 0 << "1,2,4" << 3;
-    QTest::newRow("equal weight, sum and first edge: lower neighbour key first")
-        << "1o-3i@1 3o-4i@1 1o-2i@1 2o-4i@1" << none << "" << 1 << 4 << 99 << "" << 0 << "1,2,4" << 3;
-    QTest::newRow("stop weight reached: costlier branches cut")
-        << "1o-4i 1o-2i@1 2o-4i@1" << none << "" << 1 << 4 << 2 << "" << 0 << "1,4" << 2;
-    QTest::newRow("below the stop weight the heavier detour wins")
-        << "1o-4i 1o-2i@1 2o-4i@1" << none << "" << 1 << 4 << 3 << "" << 0 << "1,2,4" << 3;
-    QTest::newRow("at the stop weight a cheaper equal path is still found")
-        << "1o-2i@1 2o-4i@9 1o-3i@2 3o-4i@2" << none << "" << 1 << 4 << 3 << "" << 0 << "1,3,4" << 3;
-    QTest::newRow("missing end leaves path and weight untouched")
-        << chain << none << "" << 1 << 99 << 99 << "9" << 7 << "9" << 7;
-    QTest::newRow("missing start leaves path and weight untouched")
-        << chain << none << "" << 99 << 1 << 99 << "9" << -7 << "9" << -7;
-    QTest::newRow("caller's heavier weight is kept")
-        << chain << none << "" << 1 << 3 << 99 << "9" << 5 << "9" << 5;
-    QTest::newRow("caller's equal weight kept against a zero edge sum")
-        << chain << none << "" << 1 << 3 << 99 << "9" << 3 << "9" << 3;
-    QTest::newRow("caller's equal weight replaced by a negative edge sum")
-        << "1o-2i@-1 2o-3i" << none << "" << 1 << 3 << 99 << "9" << 3 << "1,2,3" << 3;
-    QTest::newRow("start equal to end gives the node alone")
-        << chain << none << "" << 2 << 2 << 99 << "" << 0 << "2" << 1;
+    row("detour instead of turning back", "1o-2i 3o-2i 2o-4i 4o-3i", none, "", 1, 3, 99, "", 0, "1,2,4,3", 4);
+    row("equal weight: smaller edge sum wins though found later", "1o-2i@1 2o-4i@9 1o-3i@2 3o-4i@2", none, "",
+        1, 4, 99, "", 0, "1,3,4", 3);
+    row("equal weight and sum: cheaper first edge found first", "1o-2i@1 2o-4i@3 1o-3i@2 3o-4i@2", none, "",
+        1, 4, 99, "", 0, "1,2,4", 3);
+    row("equal weight, sum and first edge: lower neighbour key first", "1o-3i@1 3o-4i@1 1o-2i@1 2o-4i@1",
+        none, "", 1, 4, 99, "", 0, "1,2,4", 3);
+    row("stop weight reached: costlier branches cut", "1o-4i 1o-2i@1 2o-4i@1", none, "", 1, 4, 2, "", 0,
+        "1,4", 2);
+    row("below the stop weight the heavier detour wins", "1o-4i 1o-2i@1 2o-4i@1", none, "", 1, 4, 3, "", 0,
+        "1,2,4", 3);
+    row("at the stop weight a cheaper equal path is still found", "1o-2i@1 2o-4i@9 1o-3i@2 3o-4i@2", none, "",
+        1, 4, 3, "", 0, "1,3,4", 3);
+    row("missing end leaves path and weight untouched", chain, none, "", 1, 99, 99, "9", 7, "9", 7);
+    row("missing start leaves path and weight untouched", chain, none, "", 99, 1, 99, "9", -7, "9", -7);
+    row("caller's heavier weight is kept", chain, none, "", 1, 3, 99, "9", 5, "9", 5);
+    row("caller's equal weight kept against a zero edge sum", chain, none, "", 1, 3, 99, "9", 3, "9", 3);
+    row("caller's equal weight replaced by a negative edge sum", "1o-2i@-1 2o-3i", none, "", 1, 3, 99, "9", 3,
+        "1,2,3", 3);
+    row("start equal to end gives the node alone", chain, none, "", 2, 2, 99, "", 0, "2", 1);
     const QString twoWays = QStringLiteral("2i-1o 1i-4o 2o-3i 3o-4i");
-    QTest::newRow("no candidate on either side: in side first")
-        << twoWays << none << "" << 2 << 4 << 99 << "" << 0 << "2,1,4" << 3;
-    QTest::newRow("candidate only on the out side: out side first")
-        << twoWays << QList<int> { 3 } << "" << 2 << 4 << 99 << "" << 0 << "2,3,4" << 3;
-    QTest::newRow("candidates on both sides: in side first")
-        << twoWays << QList<int> { 1, 3 } << "" << 2 << 4 << 99 << "" << 0 << "2,1,4" << 3;
+    row("no candidate on either side: in side first", twoWays, none, "", 2, 4, 99, "", 0, "2,1,4", 3);
+    row("candidate only on the out side: out side first", twoWays, QList<int> { 3 }, "", 2, 4, 99, "", 0,
+        "2,3,4", 3);
+    row("candidates on both sides: in side first", twoWays, QList<int> { 1, 3 }, "", 2, 4, 99, "", 0, "2,1,4",
+        3);
     const QString fork = QStringLiteral("1o-2i 2o-6i 6o-5i 1o-3i 3o-5i");
-    QTest::newRow("without candidates the heavier branch wins")
-        << fork << none << "" << 1 << 5 << 99 << "" << 0 << "1,2,6,5" << 4;
-    QTest::newRow("a candidate neighbour drops the other edges of that side")
-        << fork << QList<int> { 3 } << "" << 1 << 5 << 99 << "" << 0 << "1,3,5" << 3;
-    QTest::newRow("candidates on no neighbour keep every edge")
-        << fork << QList<int> { 5 } << "" << 1 << 5 << 99 << "" << 0 << "1,2,6,5" << 4;
+    row("a candidate neighbour drops the other edges of that side", fork, QList<int> { 3 }, "", 1, 5, 99, "",
+        0, "1,3,5", 3);
+    row("candidates on no neighbour keep every edge", fork, QList<int> { 5 }, "", 1, 5, 99, "", 0, "1,2,6,5",
+        4);
     const QString diamond = QStringLiteral("1o-2i 2o-5i 1o-3i 3o-5i");
-    QTest::newRow("predicate keeps the search out of a node")
-        << diamond << none << "2" << 1 << 5 << 99 << "" << 0 << "1,3,5" << 3;
-    QTest::newRow("predicate asked with the side the path leaves by")
-        << diamond << none << "2o" << 1 << 5 << 99 << "" << 0 << "1,3,5" << 3;
-    QTest::newRow("predicate on the other side does not matter")
-        << diamond << none << "2i" << 1 << 5 << 99 << "" << 0 << "1,2,5" << 3;
-    QTest::newRow("predicate rejecting the target: nothing found")
-        << diamond << none << "5" << 1 << 5 << 99 << "" << 0 << "" << 0;
-    QTest::newRow("caller-flagged node never entered")
-        << diamond + " f2=1" << none << "" << 1 << 5 << 99 << "" << 0 << "1,3,5" << 3;
-    QTest::newRow("caller-flagged target never reached")
-        << diamond + " f5=3" << none << "" << 1 << 5 << 99 << "" << 0 << "" << 0;
-    QTest::newRow("caller-flagged start searched anyway")
-        << diamond + " f1=4" << none << "" << 1 << 5 << 99 << "" << 0 << "1,2,5" << 3;
+    row("predicate asked with the side the path leaves by", diamond, none, "2o", 1, 5, 99, "", 0, "1,3,5", 3);
+    row("predicate on the other side does not matter", diamond, none, "2i", 1, 5, 99, "", 0, "1,2,5", 3);
+    row("predicate rejecting the target: nothing found", diamond, none, "5", 1, 5, 99, "", 0, "", 0);
+    row("caller-flagged node never entered", diamond + " f2=1", none, "", 1, 5, 99, "", 0, "1,3,5", 3);
+    row("caller-flagged target never reached", diamond + " f5=3", none, "", 1, 5, 99, "", 0, "", 0);
+    row("caller-flagged start searched anyway", diamond + " f1=4", none, "", 1, 5, 99, "", 0, "1,2,5", 3);
 }
 
 void TestTovPathSearcher::twoNode()
@@ -225,43 +203,23 @@ void TestTovPathSearcher::oneNode_data()
     QTest::addColumn<int>("weight");
 
     const QString chain = QStringLiteral("1o-2i 2o-3i 3o-4i");
-    QTest::newRow("runs from the start to the end of a chain")
-        << chain << "" << 1 << false << "" << 0 << "1,2,3,4" << 4;
-    QTest::newRow("from the middle the heavier half wins")
-        << chain << "" << 2 << false << "" << 0 << "2,3,4" << 3;
-    QTest::newRow("both ways through the middle: whole chain, start once")
-        << chain << "" << 2 << true << "" << 0 << "1,2,3,4" << 4;
-    QTest::newRow("both ways from an end") << chain << "" << 1 << true << "" << 0 << "1,2,3,4" << 4;
-    QTest::newRow("equal halves: the in side half wins") << "1o-2i 2o-3i"
-                                                         << "" << 2 << false << "" << 0 << "2,1" << 2;
-    QTest::newRow("equal weights: the cheaper out side half wins")
-        << "1o-2i@2 2o-3i@1"
-        << "" << 2 << false << "" << 0 << "2,3" << 2;
-    QTest::newRow("equal weights: the cheaper in side half wins")
-        << "1o-2i@1 2o-3i@2"
-        << "" << 2 << false << "" << 0 << "2,1" << 2;
-    QTest::newRow("predicate ends the path just before the rejected node")
-        << chain << "3" << 1 << false << "" << 0 << "1,2" << 2;
-    QTest::newRow("rejected start side leaves that half empty")
-        << chain << "1o" << 1 << false << "" << 0 << "1" << 1;
-    QTest::newRow("both ways with an empty half still subtracts the start's weight")
-        << chain << "2i" << 2 << true << "" << 0 << "2,3,4" << 2;
-    QTest::newRow("both ways may repeat nodes of the two halves")
-        << "1o-2i 2o-3i 3o-4i 4o-1i"
-        << "" << 1 << true << "" << 0 << "2,3,4,1,2,3,4" << 7;
-    QTest::newRow("caller's heavier weight keeps the path")
-        << chain << "" << 1 << false << "7" << 9 << "7" << 9;
-    QTest::newRow("both ways: joined weight not greater keeps the path")
-        << chain << "" << 2 << true << "7" << 4 << "7" << 4;
-    QTest::newRow("isolated start gives the node alone") << "5"
-                                                         << "" << 5 << false << "" << 0 << "5" << 1;
-    QTest::newRow("isolated start both ways") << "5"
-                                              << "" << 5 << true << "" << 0 << "5" << 1;
-    QTest::newRow("missing start changes nothing") << chain << "" << 99 << false << "7" << 2 << "7" << 2;
-    QTest::newRow("zero node weights: nothing beats weight 0") << "1o-2i n1=0 n2=0"
-                                                               << "" << 1 << false << "" << 0 << "" << 0;
-    QTest::newRow("caller-flagged node ends the path") << chain + " f3=1"
-                                                       << "" << 1 << false << "" << 0 << "1,2" << 2;
+    row("from the middle the heavier half wins", chain, "", 2, false, "", 0, "2,3,4", 3);
+    row("both ways through the middle: whole chain, start once", chain, "", 2, true, "", 0, "1,2,3,4", 4);
+    row("equal halves: the in side half wins", "1o-2i 2o-3i", "", 2, false, "", 0, "2,1", 2);
+    row("equal weights: the cheaper out side half wins", "1o-2i@2 2o-3i@1", "", 2, false, "", 0, "2,3", 2);
+    row("equal weights: the cheaper in side half wins", "1o-2i@1 2o-3i@2", "", 2, false, "", 0, "2,1", 2);
+    row("predicate ends the path just before the rejected node", chain, "3", 1, false, "", 0, "1,2", 2);
+    row("rejected start side leaves that half empty", chain, "1o", 1, false, "", 0, "1", 1);
+    row("both ways with an empty half still subtracts the start's weight", chain, "2i", 2, true, "", 0,
+        "2,3,4", 2);
+    row("both ways may repeat nodes of the two halves", "1o-2i 2o-3i 3o-4i 4o-1i", "", 1, true, "", 0,
+        "2,3,4,1,2,3,4", 7);
+    row("caller's heavier weight keeps the path", chain, "", 1, false, "7", 9, "7", 9);
+    row("both ways: joined weight not greater keeps the path", chain, "", 2, true, "7", 4, "7", 4);
+    row("isolated start gives the node alone", "5", "", 5, false, "", 0, "5", 1);
+    row("missing start changes nothing", chain, "", 99, false, "7", 2, "7", 2);
+    row("zero node weights: nothing beats weight 0", "1o-2i n1=0 n2=0", "", 1, false, "", 0, "", 0);
+    row("caller-flagged node ends the path", chain + " f3=1", "", 1, false, "", 0, "1,2", 2);
 }
 
 void TestTovPathSearcher::oneNode()
@@ -286,49 +244,51 @@ void TestTovPathSearcher::oneNode()
     QCOMPARE(resultWeight, weight);
 }
 
-void TestTovPathSearcher::keyList_data()
+void TestTovPathSearcher::keySearches_data()
 {
     QTest::addColumn<QString>("graph");
     QTest::addColumn<QList<int>>("keys");
+    QTest::addColumn<bool>("byRegion");
     QTest::addColumn<bool>("keysAreCandidates");
     QTest::addColumn<QString>("inPath");
     QTest::addColumn<QString>("path");
 
-    QTest::newRow("single key gives that key") << "1o-2i" << QList<int> { 2 } << false << ""
-                                               << "2";
-    QTest::newRow("no keys leave the path empty") << "1o-2i" << QList<int>() << false << ""
-                                                  << "";
-    QTest::newRow("no two keys connected: the first key alone")
-        << "1o-2i 3 4" << QList<int> { 3, 4, 1 } << false << ""
-        << "3";
-    QTest::newRow("only the first pair connects") << "1o-2i 3" << QList<int> { 1, 2, 3 } << false << ""
-                                                  << "1,2";
-    QTest::newRow("a later pair's heavier path replaces the first")
-        << "1o-2i 2o-5i 5o-3i n5=0" << QList<int> { 1, 2, 3 } << false << ""
-        << "1,2,5,3";
-    QTest::newRow("a later pair's equal weight keeps the first path")
-        << "1o-2i 4o-3i" << QList<int> { 1, 2, 3, 4 } << false << ""
-        << "1,2";
-    QTest::newRow("full cover stops at the first pair")
-        << "1o-2i 2o-3i" << QList<int> { 1, 3, 2 } << false << ""
-        << "1,2,3";
-    QTest::newRow("unknown keys fall back to the first key") << "1o-2i" << QList<int> { 1, 99 } << false << ""
-                                                             << "1";
-    QTest::newRow("without candidates the cheaper detour wins")
-        << "1o-4i@9 1o-2i 2o-4i n2=0" << QList<int> { 1, 4 } << false << ""
-        << "1,2,4";
-    QTest::newRow("keys as candidates keep the search on them")
-        << "1o-4i@9 1o-2i 2o-4i n2=0" << QList<int> { 1, 4 } << true << ""
-        << "1,4";
-    QTest::newRow("the path is appended to, not cleared")
-        << "1o-2i 3 4" << QList<int> { 3, 4 } << false << "7"
-        << "7,3";
+    row("no keys leave the path empty", "1o-2i", QList<int>(), false, false, "", "");
+    row("no two keys connected: the first key alone", "1o-2i 3 4", QList<int> { 3, 4, 1 }, false, false, "",
+        "3");
+    row("only the first pair connects", "1o-2i 3", QList<int> { 1, 2, 3 }, false, false, "", "1,2");
+    row("a later pair's heavier path replaces the first", "1o-2i 2o-5i 5o-3i n5=0", QList<int> { 1, 2, 3 },
+        false, false, "", "1,2,5,3");
+    row("a later pair's equal weight keeps the first path", "1o-2i 4o-3i", QList<int> { 1, 2, 3, 4 }, false,
+        false, "", "1,2");
+    row("full cover stops at the first pair", "1o-2i 2o-3i", QList<int> { 1, 3, 2 }, false, false, "",
+        "1,2,3");
+    row("unknown keys fall back to the first key", "1o-2i", QList<int> { 1, 99 }, false, false, "", "1");
+    row("without candidates the cheaper detour wins", "1o-4i@9 1o-2i 2o-4i n2=0", QList<int> { 1, 4 }, false,
+        false, "", "1,2,4");
+    row("keys as candidates keep the search on them", "1o-4i@9 1o-2i 2o-4i n2=0", QList<int> { 1, 4 }, false,
+        true, "", "1,4");
+    row("the path is appended to, not cleared", "1o-2i 3 4", QList<int> { 3, 4 }, false, false, "7", "7,3");
+    // By region: the keys grouped by connected part of the graph, keys as candidates.
+    row("region: larger group searched first", "1o-2i 10o-11i 11o-12i", QList<int> { 1, 2, 10, 11, 12 }, true,
+        true, "", "10,11,12");
+    row("region: equal sizes keep region order", "1o-2i 10o-11i", QList<int> { 10, 11, 1, 2 }, true, true, "",
+        "1,2");
+    row("region: a group that cannot be joined still ends the search with its first key",
+        "1o-2i 3o-2i 10o-11i", QList<int> { 1, 3, 10, 11 }, true, true, "", "1");
+    row("region: only single-key groups: the first given key", "1o-2i 10o-11i", QList<int> { 10, 1 }, true,
+        true, "", "10");
+    row("region: single key", "1o-2i", QList<int> { 2 }, true, true, "", "2");
+    row("region: empty key list leaves the path untouched", "1o-2i", QList<int>(), true, true, "7", "7");
+    row("region: a given path keeps the first key out", "1o-2i 10o-11i", QList<int> { 10, 1 }, true, true,
+        "7", "7");
 }
 
-void TestTovPathSearcher::keyList()
+void TestTovPathSearcher::keySearches()
 {
     QFETCH(QString, graph);
     QFETCH(QList<int>, keys);
+    QFETCH(bool, byRegion);
     QFETCH(bool, keysAreCandidates);
     QFETCH(QString, inPath);
     QFETCH(QString, path);
@@ -337,50 +297,10 @@ void TestTovPathSearcher::keyList()
     buildWeighted(g, graph);
     TovPathSearcher searcher;
     std::vector<int> result = pathFrom(inPath);
-    searcher.searchPath(keys, result, &g, keysAreCandidates);
-    QCOMPARE(pathText(result), path);
-}
-
-void TestTovPathSearcher::region_data()
-{
-    QTest::addColumn<QString>("graph");
-    QTest::addColumn<QList<int>>("keys");
-    QTest::addColumn<QString>("inPath");
-    QTest::addColumn<QString>("path");
-
-    QTest::newRow("larger group searched first")
-        << "1o-2i 10o-11i 11o-12i" << QList<int> { 1, 2, 10, 11, 12 } << ""
-        << "10,11,12";
-    QTest::newRow("equal sizes keep region order") << "1o-2i 10o-11i" << QList<int> { 10, 11, 1, 2 } << ""
-                                                   << "1,2";
-    QTest::newRow("a group that cannot be joined still ends the search with its first key")
-        << "1o-2i 3o-2i 10o-11i" << QList<int> { 1, 3, 10, 11 } << ""
-        << "1";
-    QTest::newRow("only single-key groups: the first given key")
-        << "1o-2i 10o-11i" << QList<int> { 10, 1 } << ""
-        << "10";
-    QTest::newRow("single key") << "1o-2i" << QList<int> { 2 } << ""
-                                << "2";
-    QTest::newRow("empty key list leaves the path untouched") << "1o-2i" << QList<int>() << "7"
-                                                              << "7";
-    QTest::newRow("unknown keys only: the first given key") << "1o-2i" << QList<int> { 98, 99 } << ""
-                                                            << "98";
-    QTest::newRow("a given path keeps the first key out") << "1o-2i 10o-11i" << QList<int> { 10, 1 } << "7"
-                                                          << "7";
-}
-
-void TestTovPathSearcher::region()
-{
-    QFETCH(QString, graph);
-    QFETCH(QList<int>, keys);
-    QFETCH(QString, inPath);
-    QFETCH(QString, path);
-
-    TovGraphStruct g;
-    buildWeighted(g, graph);
-    TovPathSearcher searcher;
-    std::vector<int> result = pathFrom(inPath);
-    searcher.searchPathByRegion(keys, result, &g, true);
+    if (byRegion)
+        searcher.searchPathByRegion(keys, result, &g, keysAreCandidates);
+    else
+        searcher.searchPath(keys, result, &g, keysAreCandidates);
     QCOMPARE(pathText(result), path);
 }
 
@@ -396,16 +316,15 @@ void TestTovPathSearcher::timeout_data()
     // From 1 the direct edge to 4 is tried first; the predicate then sleeps on 4, so that any
     // running limit of 1 ms has passed before the costlier edge to 2 is considered.
     const QString g = QStringLiteral("1o-4i 1o-2i@1 2o-4i@1");
-    QTest::newRow("limit passed: best so far stands") << g << 1 << false << false << "1,4" << 2;
-    QTest::newRow("timeout 0: no limit") << g << 0 << false << false << "1,2,4" << 3;
-    QTest::newRow("negative timeout: no limit") << g << -5 << false << false << "1,2,4" << 3;
-    QTest::newRow("limit not yet passed") << g << 600000 << false << false << "1,2,4" << 3;
-    QTest::newRow("best weight of exactly 1 is exempt") << g + " n1=0" << 1 << false << false << "1,2,4" << 2;
-    QTest::newRow("best weight 0 is not exempt") << g + " n1=0 n4=0" << 1 << false << false << "" << 0;
-    QTest::newRow("best weight 0 without a limit") << g + " n1=0 n4=0" << 0 << false << false << "1,2,4" << 1;
-    QTest::newRow("one-node search starts no timer") << g << 1 << true << false << "1,2,4" << 3;
-    QTest::newRow("timer left by a two-node search limits a one-node search")
-        << g << 1 << true << true << "1,4" << 2;
+    row("limit passed: best so far stands", g, 1, false, false, "1,4", 2);
+    row("timeout 0: no limit", g, 0, false, false, "1,2,4", 3);
+    row("negative timeout: no limit", g, -5, false, false, "1,2,4", 3);
+    row("limit not yet passed", g, 600000, false, false, "1,2,4", 3);
+    row("best weight of exactly 1 is exempt", g + " n1=0", 1, false, false, "1,2,4", 2);
+    row("best weight 0 is not exempt", g + " n1=0 n4=0", 1, false, false, "", 0);
+    row("best weight 0 without a limit", g + " n1=0 n4=0", 0, false, false, "1,2,4", 1);
+    row("one-node search starts no timer", g, 1, true, false, "1,2,4", 3);
+    row("timer left by a two-node search limits a one-node search", g, 1, true, true, "1,4", 2);
 }
 
 void TestTovPathSearcher::timeout()
@@ -442,99 +361,6 @@ void TestTovPathSearcher::timeout()
         QCOMPARE(pathText(result), path);
         QCOMPARE(resultWeight, weight);
     }
-}
-
-void TestTovPathSearcher::searchAgainAfterEdit_data()
-{
-    QTest::addColumn<QString>("graph");
-    QTest::addColumn<QString>("edit");
-    QTest::addColumn<QString>("before");
-    QTest::addColumn<QString>("after");
-
-    // Two equal routes from 1 to 5: 1,2,5 is found first while edges weigh the same.
-    const QString diamond = QStringLiteral("1o-2i 2o-5i 1o-3i 3o-5i");
-    QTest::newRow("node weight raised") << diamond << "n3=4"
-                                        << "1,2,5"
-                                        << "1,3,5";
-    QTest::newRow("edge weight raised") << diamond << "w1-2=7"
-                                        << "1,2,5"
-                                        << "1,3,5";
-    QTest::newRow("edge removed") << diamond << "-1-2"
-                                  << "1,2,5"
-                                  << "1,3,5";
-    QTest::newRow("edge added") << diamond << "+2o-4i +4o-5i"
-                                << "1,2,5"
-                                << "1,2,4,5";
-    QTest::newRow("node removed") << diamond << "-2"
-                                  << "1,2,5"
-                                  << "1,3,5";
-    QTest::newRow("node removed and added back elsewhere") << diamond << "-2 +3o-2i +2o-5i"
-                                                           << "1,2,5"
-                                                           << "1,3,2,5";
-    QTest::newRow("candidates set") << diamond << "c3"
-                                    << "1,2,5"
-                                    << "1,3,5";
-    QTest::newRow("flag set") << diamond << "f2=1"
-                              << "1,2,5"
-                              << "1,3,5";
-    QTest::newRow("other graph edited only") << diamond << "o"
-                                             << "1,2,5"
-                                             << "1,2,5";
-}
-
-// A searcher used again on a graph changed since its last search sees the change.
-void TestTovPathSearcher::searchAgainAfterEdit()
-{
-    QFETCH(QString, graph);
-    QFETCH(QString, edit);
-    QFETCH(QString, before);
-    QFETCH(QString, after);
-
-    TovGraphStruct g;
-    buildWeighted(g, graph);
-    TovPathSearcher searcher;
-    const auto search = [&]() {
-        std::vector<int> result;
-        int weight = 0;
-        searcher.searchPath(result, weight, &g, 1, 5, 99);
-        return pathText(result);
-    };
-    QCOMPARE(search(), before);
-    for (const QString &step : edit.split(QLatin1Char(' '))) {
-        const QStringList keys = step.mid(1).split(QRegularExpression(QStringLiteral("[-=]")));
-        switch (step.at(0).toLatin1()) {
-        case 'n':
-            g.findNode(keys.at(0).toInt())->setWeight(keys.at(1).toInt());
-            break;
-        case 'f':
-            g.findNode(keys.at(0).toInt())->setFlag(keys.at(1).toInt());
-            break;
-        case 'w':
-            g.findNode(keys.at(0).toInt())->getEdge(keys.at(1).toInt(), false)->setWeight(keys.at(2).toInt());
-            break;
-        case '-':
-            if (keys.size() == 2)
-                g.removeEdge(g.findNode(keys.at(0).toInt())->getEdge(keys.at(1).toInt(), false));
-            else
-                g.removeNode(keys.at(0).toInt());
-            break;
-        case '+':
-            buildGraph(g, step.mid(1));
-            for (const QString &end : step.mid(1).split(QLatin1Char('-')))
-                g.findNode(end.chopped(1).toInt())->setWeight(1);
-            break;
-        case 'c':
-            searcher.setKeyPathCandidate({ keys.at(0).toInt() });
-            break;
-        case 'o': {
-            TovGraphStruct other;
-            buildWeighted(other, graph);
-            other.findNode(3)->setWeight(9);
-            break;
-        }
-        }
-    }
-    QCOMPARE(search(), after);
 }
 
 void TestTovPathSearcher::copyKeepsSetup()
@@ -612,14 +438,14 @@ void TestTovPathSearcher::matchesReference_data()
     // between the searches, 7 the same over two graphs in turn
     QTest::addColumn<int>("entry");
     QTest::addColumn<int>("cases");
-    QTest::newRow("two-node search") << 0 << 3000;
-    QTest::newRow("one-node search") << 1 << 1500;
-    QTest::newRow("one-node search both ways") << 2 << 1500;
-    QTest::newRow("key-list search") << 3 << 2000;
-    QTest::newRow("region search") << 4 << 1500;
-    QTest::newRow("mixed searches on one searcher") << 5 << 1500;
-    QTest::newRow("repeated searches with graph edits between") << 6 << 1500;
-    QTest::newRow("one searcher over two graphs in turn, with edits") << 7 << 1000;
+    row("two-node search", 0, 3000);
+    row("one-node search", 1, 1500);
+    row("one-node search both ways", 2, 1500);
+    row("key-list search", 3, 2000);
+    row("region search", 4, 1500);
+    row("mixed searches on one searcher", 5, 1500);
+    row("repeated searches with graph edits between", 6, 1500);
+    row("one searcher over two graphs in turn, with edits", 7, 1000);
 }
 
 namespace {

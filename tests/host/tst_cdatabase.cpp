@@ -59,14 +59,10 @@ void TestCDatabase::openTable_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("expectedName");
-    QTest::newRow("exact name") << "CmdStateTable"
-                                << "CmdStateTable";
-    QTest::newRow("other case finds the table") << "cmdstatetable"
-                                                << "CmdStateTable";
-    QTest::newRow("missing table") << "NoSuchTable"
-                                   << "";
-    QTest::newRow("empty name") << ""
-                                << "";
+    QTest::newRow("exact name") << "CmdStateTable" << QStringLiteral("CmdStateTable");
+    QTest::newRow("other case finds the table") << "cmdstatetable" << QStringLiteral("CmdStateTable");
+    QTest::newRow("missing table") << "NoSuchTable" << QString();
+    QTest::newRow("empty name") << "" << QString();
 }
 
 void TestCDatabase::openTable()
@@ -88,15 +84,11 @@ void TestCDatabase::findRecord_data()
     QTest::addColumn<QString>("column");
     QTest::addColumn<QString>("text");
     QTest::addColumn<qint64>("expected");
-    QTest::newRow("first of two matches") << "FieldName"
-                                          << "Merge" << qint64(1);
+    QTest::newRow("first of two matches") << "FieldName" << QStringLiteral("Merge") << qint64(1);
     QTest::newRow("chinese text") << "FieldName" << QStringLiteral("路面") << qint64(4);
-    QTest::newRow("text compares case-sensitively") << "FieldName"
-                                                    << "merge" << qint64(-1);
-    QTest::newRow("absent text") << "FieldName"
-                                 << "Nothing" << qint64(-1);
-    QTest::newRow("missing column") << "NoColumn"
-                                    << "Merge" << qint64(-1);
+    QTest::newRow("text compares case-sensitively") << "FieldName" << QStringLiteral("merge") << qint64(-1);
+    QTest::newRow("absent text") << "FieldName" << QStringLiteral("Nothing") << qint64(-1);
+    QTest::newRow("missing column") << "NoColumn" << QStringLiteral("Merge") << qint64(-1);
 }
 
 void TestCDatabase::findRecord()

@@ -15,12 +15,10 @@ private slots:
 
     void optionsRoundTrip_data();
     void optionsRoundTrip();
-    void optionsNeverSetIsNull();
     void optionsConcurrentWritersKeepEveryKey();
 
     void dbContexts_data();
     void dbContexts();
-    void dbClearResetsFlagAndContexts();
 };
 
 void TestHynServices::init()
@@ -50,11 +48,6 @@ void TestHynServices::optionsRoundTrip()
     QCOMPARE(options->getSysOption(key).userType(), value.userType());
     options->setSysOption(key, QVariant(7), true);
     QCOMPARE(options->getSysOption(key), QVariant(7));
-}
-
-void TestHynServices::optionsNeverSetIsNull()
-{
-    HynSystemOptions *options = HynSystemOptions::getInstance();
     options->setSysOption(QStringLiteral("mergeRSEdo"), 1, false);
     QVERIFY(options->getSysOption(QStringLiteral("never")).isNull());
     // Keys are exact: another case is another key.
@@ -87,12 +80,10 @@ void TestHynServices::dbContexts_data()
     QTest::addColumn<QString>("added");
     QTest::addColumn<QString>("asked");
     QTest::addColumn<bool>("exists");
-    QTest::newRow("same text") << "Proj_Table_Name"
-                               << "Proj_Table_Name" << true;
-    QTest::newRow("other case is another context") << "Proj_Table_Name"
-                                                   << "proj_table_name" << false;
-    QTest::newRow("prefix is not enough") << "Proj_Table_Name"
-                                          << "Proj_Table" << false;
+    QTest::newRow("same text") << "Proj_Table_Name" << QStringLiteral("Proj_Table_Name") << true;
+    QTest::newRow("other case is another context")
+        << "Proj_Table_Name" << QStringLiteral("proj_table_name") << false;
+    QTest::newRow("prefix is not enough") << "Proj_Table_Name" << QStringLiteral("Proj_Table") << false;
     QTest::newRow("chinese") << QStringLiteral("构件") << QStringLiteral("构件") << true;
 }
 
@@ -105,18 +96,12 @@ void TestHynServices::dbContexts()
     QVERIFY(!tr->isContextExist(asked));
     tr->addContext(added);
     QCOMPARE(tr->isContextExist(asked), exists);
-}
-
-void TestHynServices::dbClearResetsFlagAndContexts()
-{
-    HynDBTranslations *tr = HynDBTranslations::getInstance();
+    // Clearing drops the contexts and the flag.
     QVERIFY(!tr->isNeedTranslate());
     tr->setNeedTranslate(true);
-    tr->addContext(QStringLiteral("A"));
-    QVERIFY(tr->isNeedTranslate());
     tr->clear();
     QVERIFY(!tr->isNeedTranslate());
-    QVERIFY(!tr->isContextExist(QStringLiteral("A")));
+    QVERIFY(!tr->isContextExist(added));
 }
 
 QTEST_GUILESS_MAIN(TestHynServices)

@@ -28,7 +28,7 @@ private slots:
     void checkOptions();
     void newProjectGetsTheTemplate();
     void openContinuesIds();
-    void openFailureLeavesLoggingOff();
+    void closedOrFailedProjectLogsNothing();
     void rows_data();
     void rows();
     void contextAndFormattedStarts();
@@ -39,10 +39,8 @@ private slots:
     void funcDataFiles();
     void funcDataWithoutMessageIsDebugOutput();
     void lastEdoIdAndManagers();
-    void clearKeepsCounter();
     void transactions_data();
     void transactions();
-    void closedProjectLogsNothing();
 
 private:
     QString dbFile() const { return m_project.filePath(QStringLiteral("TovLog.db")); }
@@ -51,6 +49,13 @@ private:
 };
 
 namespace {
+
+// One table row, the values in column order.
+template<typename... Values>
+void row(const char *name, const Values &...values)
+{
+    (QTest::newRow(name) << ... << values);
+}
 
 const TovMessageLogger logger("walls.cpp", 12, "calcWalls");
 
@@ -159,11 +164,11 @@ void TestTovLogSys::checkOptions_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<bool>("present");
-    QTest::newRow("true key, any case") << "FastCalc" << true;
-    QTest::newRow("upper-case lookup") << "FASTCALC" << true;
-    QTest::newRow("value 1 counts as true") << "mixedcase" << true;
-    QTest::newRow("false key is not added") << "SlowPath" << false;
-    QTest::newRow("unknown name") << "other" << false;
+    row("true key, any case", "FastCalc", true);
+    row("upper-case lookup", "FASTCALC", true);
+    row("value 1 counts as true", "mixedcase", true);
+    row("false key is not added", "SlowPath", false);
+    row("unknown name", "other", false);
 }
 
 void TestTovLogSys::checkOptions()
@@ -220,9 +225,15 @@ void TestTovLogSys::openContinuesIds()
     QCOMPARE(describe(readLogRows(dbFile())), QStringList({ "a|-|1|-1||", "b|-|1|-1||" }));
 }
 
-void TestTovLogSys::openFailureLeavesLoggingOff()
+void TestTovLogSys::closedOrFailedProjectLogsNothing()
 {
     TovLogSys *sys = TovLogSys::instance();
+    runScript(QStringLiteral("I:open ."));
+    sys->onProjectBeforeClose();
+    QVERIFY(logger.infoStart(QStringLiteral("closed")).isNull());
+    logger.stopLog();
+    QCOMPARE(describe(readLogRows(dbFile())), QStringList({ "open|-|1|-1||" }));
+
     DebugCapture capture;
     sys->onProjectAfterOpen(m_project.filePath(QStringLiteral("missing/folder")));
     QVERIFY(!sys->dbSession());
@@ -239,28 +250,25 @@ void TestTovLogSys::rows_data()
 {
     QTest::addColumn<QString>("script");
     QTest::addColumn<QStringList>("rows");
-    QTest::newRow("single info message") << "I:calc ." << QStringList { "calc|-|1|-1||" };
-    QTest::newRow("info nested in debug: PID is the outer ID")
-        << "D:outer I:inner . ." << QStringList { "outer|-|0|-1||", "inner|outer|1|-1||" };
-    QTest::newRow("levels stored as 0 to 3")
-        << "D:d . I:i . W:w . E:e ."
-        << QStringList { "d|-|0|-1||", "i|-|1|-1||", "w|-|2|-1||", "e|-|3|-1||" };
-    QTest::newRow("no EdoID inherits the parent's, which keeps it")
-        << "I:outer e:7 I:inner . ." << QStringList { "outer|-|1|7||", "inner|outer|1|7||" };
-    QTest::newRow("inherits from the nearest ancestor that has one")
-        << "I:a e:5 I:b e:9 I:c I:d . . . ."
-        << QStringList { "a|-|1|5||", "b|a|1|9||", "c|b|1|9||", "d|c|1|9||" };
-    QTest::newRow("own EdoID wins") << "I:a e:5 I:b e:6 . ." << QStringList { "a|-|1|5||", "b|a|1|6||" };
-    QTest::newRow("an inner EdoID does not flow outward")
-        << "I:a I:b e:3 . ." << QStringList { "a|-|1|-1||", "b|a|1|3||" };
+    row("single info message", "I:calc .", QStringList { "calc|-|1|-1||" });
+    row("info nested in debug: PID is the outer ID", "D:outer I:inner . .",
+        QStringList { "outer|-|0|-1||", "inner|outer|1|-1||" });
+    row("levels stored as 0 to 3", "D:d . I:i . W:w . E:e .",
+        QStringList { "d|-|0|-1||", "i|-|1|-1||", "w|-|2|-1||", "e|-|3|-1||" });
+    row("no EdoID inherits the parent's, which keeps it", "I:outer e:7 I:inner . .",
+        QStringList { "outer|-|1|7||", "inner|outer|1|7||" });
+    row("inherits from the nearest ancestor that has one", "I:a e:5 I:b e:9 I:c I:d . . . .",
+        QStringList { "a|-|1|5||", "b|a|1|9||", "c|b|1|9||", "d|c|1|9||" });
+    row("own EdoID wins", "I:a e:5 I:b e:6 . .", QStringList { "a|-|1|5||", "b|a|1|6||" });
+    row("an inner EdoID does not flow outward", "I:a I:b e:3 . .", QStringList { "a|-|1|-1||", "b|a|1|3||" });
     // funcData() is a QDebug: a space follows every item.
-    QTest::newRow("category and FuncData appended while open")
-        << "W:w c:geom f:height f:=2.5 ." << QStringList { "w|-|2|-1|geom|height =2.5 " };
-    QTest::newRow("FuncData goes to the innermost message")
-        << "I:a f:A I:b f:B . f:A2 ." << QStringList { "a|-|1|-1||A A2 ", "b|a|1|-1||B " };
-    QTest::newRow("stop on an empty stack does nothing") << ". I:a . ." << QStringList { "a|-|1|-1||" };
-    QTest::newRow("sibling messages share the parent")
-        << "E:p I:x . I:y . ." << QStringList { "p|-|3|-1||", "x|p|1|-1||", "y|p|1|-1||" };
+    row("category and FuncData appended while open", "W:w c:geom f:height f:=2.5 .",
+        QStringList { "w|-|2|-1|geom|height =2.5 " });
+    row("FuncData goes to the innermost message", "I:a f:A I:b f:B . f:A2 .",
+        QStringList { "a|-|1|-1||A A2 ", "b|a|1|-1||B " });
+    row("stop on an empty stack does nothing", ". I:a . .", QStringList { "a|-|1|-1||" });
+    row("sibling messages share the parent", "E:p I:x . I:y . .",
+        QStringList { "p|-|3|-1||", "x|p|1|-1||", "y|p|1|-1||" });
 }
 
 void TestTovLogSys::rows()
@@ -319,23 +327,16 @@ void TestTovLogSys::storedTimeStampText_data()
     QTest::addColumn<QDateTime>("stamp");
     QTest::addColumn<QString>("stored");
     const QDate day(2026, 3, 4);
-    QTest::newRow("local time, every field padded")
-        << QDateTime(day, QTime(5, 6, 7, 8), Qt::LocalTime) << "2026-03-04T05:06:07.008";
-    QTest::newRow("local time, last millisecond of the day")
-        << QDateTime(QDate(2025, 12, 31), QTime(23, 59, 59, 999), Qt::LocalTime) << "2025-12-31T23:59:59.999";
-    QTest::newRow("local time, midnight")
-        << QDateTime(day, QTime(0, 0), Qt::LocalTime) << "2026-03-04T00:00:00.000";
-    QTest::newRow("local time, year 1")
-        << QDateTime(QDate(1, 1, 1), QTime(12, 0), Qt::LocalTime) << "0001-01-01T12:00:00.000";
-    QTest::newRow("local time, year 9999")
-        << QDateTime(QDate(9999, 11, 30), QTime(1, 2, 3, 40), Qt::LocalTime) << "9999-11-30T01:02:03.040";
-    QTest::newRow("local time past year 9999 has no text")
-        << QDateTime(QDate(10000, 1, 1), QTime(0, 0), Qt::LocalTime) << "NULL";
-    QTest::newRow("UTC keeps its Z") << QDateTime(day, QTime(5, 6, 7, 8), Qt::UTC)
-                                     << "2026-03-04T05:06:07.008Z";
-    QTest::newRow("offset from UTC keeps its offset")
-        << QDateTime(day, QTime(5, 6, 7, 8), Qt::OffsetFromUTC, 8 * 3600) << "2026-03-04T05:06:07.008+08:00";
-    QTest::newRow("invalid stamp has no text") << QDateTime() << "NULL";
+    row("local time, every field padded", QDateTime(day, QTime(5, 6, 7, 8), Qt::LocalTime),
+        "2026-03-04T05:06:07.008");
+    row("local time, year 9999", QDateTime(QDate(9999, 11, 30), QTime(1, 2, 3, 40), Qt::LocalTime),
+        "9999-11-30T01:02:03.040");
+    row("local time past year 9999 has no text", QDateTime(QDate(10000, 1, 1), QTime(0, 0), Qt::LocalTime),
+        "NULL");
+    row("UTC keeps its Z", QDateTime(day, QTime(5, 6, 7, 8), Qt::UTC), "2026-03-04T05:06:07.008Z");
+    row("offset from UTC keeps its offset", QDateTime(day, QTime(5, 6, 7, 8), Qt::OffsetFromUTC, 8 * 3600),
+        "2026-03-04T05:06:07.008+08:00");
+    row("invalid stamp has no text", QDateTime(), "NULL");
 }
 
 void TestTovLogSys::storedTimeStampText()
@@ -361,23 +362,16 @@ void TestTovLogSys::funcDataFiles_data()
     QTest::addColumn<QString>("path");
     // "<Msg of the record>\t<file name after "<ID>.">\t<content>", one per file
     QTest::addColumn<QStringList>("files");
-    QTest::newRow("FullName joins the nesting, EdoID in brackets")
-        << "I:Calc e:2045 I:Walls f:w1 . ."
-        << "funcdata" << QStringList { "Walls\tCalc-Walls[2045].txt\tw1" };
-    QTest::newRow("unset EdoID gives [-1]") << "I:Calc f:x ."
-                                            << "funcdata" << QStringList { "Calc\tCalc[-1].txt\tx" };
-    QTest::newRow("unsafe characters become ~")
-        << "I:a/b:c*d?e\"f<g>h|i\\j f:x ."
-        << "funcdata" << QStringList { "a/b:c*d?e\"f<g>h|i\\j\ta~b~c~d~e~f~g~h~i~j[-1].txt\tx" };
-    QTest::newRow("empty FuncData writes no file") << "I:a ."
-                                                   << "funcdata" << QStringList {};
-    QTest::newRow("empty FuncDataPath writes no file") << "I:a f:x ."
-                                                       << "" << QStringList {};
-    QTest::newRow("missing folders are made") << "I:a f:x ."
-                                              << "deep/er/funcdata" << QStringList { "a\ta[-1].txt\tx" };
-    QTest::newRow("one file per message, outer and inner")
-        << "I:o f:1 I:i f:2 . ."
-        << "funcdata" << QStringList { "o\to[-1].txt\t1", "i\to-i[-1].txt\t2" };
+    row("FullName joins the nesting, EdoID in brackets", "I:Calc e:2045 I:Walls f:w1 . .", "funcdata",
+        QStringList { "Walls\tCalc-Walls[2045].txt\tw1" });
+    row("unset EdoID gives [-1]", "I:Calc f:x .", "funcdata", QStringList { "Calc\tCalc[-1].txt\tx" });
+    row("unsafe characters become ~", "I:a/b:c*d?e\"f<g>h|i\\j f:x .", "funcdata",
+        QStringList { "a/b:c*d?e\"f<g>h|i\\j\ta~b~c~d~e~f~g~h~i~j[-1].txt\tx" });
+    row("empty FuncData writes no file", "I:a .", "funcdata", QStringList {});
+    row("empty FuncDataPath writes no file", "I:a f:x .", "", QStringList {});
+    row("missing folders are made", "I:a f:x .", "deep/er/funcdata", QStringList { "a\ta[-1].txt\tx" });
+    row("one file per message, outer and inner", "I:o f:1 I:i f:2 . .", "funcdata",
+        QStringList { "o\to[-1].txt\t1", "i\to-i[-1].txt\t2" });
 }
 
 void TestTovLogSys::funcDataFiles()
@@ -447,25 +441,12 @@ void TestTovLogSys::lastEdoIdAndManagers()
     QCOMPARE(sys->lastLogTimeName(), QString());
 }
 
-void TestTovLogSys::clearKeepsCounter()
-{
-    TovLogSys *sys = TovLogSys::instance();
-    runScript(QStringLiteral("I:a . I:b . I:c ."));
-    const QVector<LogRow> before = readLogRows(dbFile(), QStringLiteral("ID"));
-    QCOMPARE(before.size(), 3);
-    sys->clearLogData();
-    QCOMPARE(readLogRows(dbFile()).size(), 0);
-    QCOMPARE(logger.infoStart(QStringLiteral("d")).id(), before.last().id + 1);
-    logger.stopLog();
-    QCOMPARE(readLogRows(dbFile()).size(), 1);
-}
-
 void TestTovLogSys::transactions_data()
 {
     QTest::addColumn<bool>("commit");
     QTest::addColumn<int>("rows");
-    QTest::newRow("committed rows stay") << true << 2;
-    QTest::newRow("rolled back rows vanish, IDs do not come back") << false << 0;
+    row("committed rows stay", true, 2);
+    row("rolled back rows vanish, IDs do not come back", false, 0);
 }
 
 void TestTovLogSys::transactions()
@@ -484,16 +465,6 @@ void TestTovLogSys::transactions()
     logger.stopLog();
     QCOMPARE(readLogRows(dbFile(), QStringLiteral("ID")).last().id, next);
     QVERIFY(next >= 3);
-}
-
-void TestTovLogSys::closedProjectLogsNothing()
-{
-    TovLogSys *sys = TovLogSys::instance();
-    runScript(QStringLiteral("I:open ."));
-    sys->onProjectBeforeClose();
-    QVERIFY(logger.infoStart(QStringLiteral("closed")).isNull());
-    logger.stopLog();
-    QCOMPARE(describe(readLogRows(dbFile())), QStringList({ "open|-|1|-1||" }));
 }
 
 QTEST_GUILESS_MAIN(TestTovLogSys)

@@ -94,8 +94,6 @@ void TestTovLogTime::report_data()
                                                           << "" << QStringList {};
     QTest::newRow("no -time: nothing") << QStringList { "project=$T/proj/road.tov", script } << "-"
                                        << "" << QStringList {};
-    QTest::newRow("--time is not the switch") << QStringList { "--time=$T/rep", script } << "-"
-                                              << "" << QStringList {};
     QTest::newRow("automation: no header") << QStringList { "-time=$T/rep", "-e", script } << "-"
                                            << "rep/RixReport.time" << QStringList { "A", "B" };
     QTest::newRow("an existing report gets no second header")

@@ -19,7 +19,6 @@ private slots:
     void stopCallsBackWithACopy();
     void stretchAcrossTickWrap();
     void totalWrapsModulo32Bits();
-    void releaseForgetsWorks();
 };
 
 namespace {
@@ -196,13 +195,6 @@ void TestTovTimeTracker::totalWrapsModulo32Bits()
     tracker->startTrackWork(work, 0x20);
     tracker->stopTrackWork(work);
     TOV_VERIFY_ABOUT(tracker->getTime(work), 0x10);
-}
-
-void TestTovTimeTracker::releaseForgetsWorks()
-{
-    TovTimeTracker::getInstance()->startTrackWork(work, 0);
-    TovTimeTracker::releaseInstance();
-    QVERIFY(!TovTimeTracker::getInstance()->hasTrackWork(work));
 }
 
 QTEST_GUILESS_MAIN(TestTovTimeTracker)

@@ -22,35 +22,26 @@ private slots:
     void statements();
     void connectionTemplate();
 
-    void openRunsPragmas_data();
-    void openRunsPragmas();
-    void reopenClosesFirst_data();
-    void reopenClosesFirst();
-    void openFailure_data();
-    void openFailure();
+    void openAndPragmas_data();
+    void openAndPragmas();
     void insertAndQuery_data();
     void insertAndQuery();
     void updateSaveDelete_data();
     void updateSaveDelete();
-    void preparedStatementReused_data();
-    void preparedStatementReused();
-    void insertStatementFollowsTableAndFields_data();
-    void insertStatementFollowsTableAndFields();
     void repeatedInsertStoresEachValue_data();
     void repeatedInsertStoresEachValue();
-    void failedPrepareIsRetried_data();
-    void failedPrepareIsRetried();
+    void preparedStatements_data();
+    void preparedStatements();
     void failures_data();
     void failures();
     void importRows_data();
     void importRows();
-    void importJoinsCallersTransaction_data();
-    void importJoinsCallersTransaction();
+    void transactions_data();
+    void transactions();
     void queryMaxValue_data();
     void queryMaxValue();
 
 private:
-    void addDriverRows(const char *caseName);
     template<typename... Values>
     void addDriverRow(const char *caseName, const Values &...values);
     bool skipUnavailable(int type);
@@ -97,20 +88,11 @@ void TestTovSqlDBSession::cleanup()
     QFile::remove(m_file);
 }
 
-void TestTovSqlDBSession::addDriverRows(const char *caseName)
-{
-    for (int type : driverTypes)
-        QTest::addRow("%s: %s", driverName(type), caseName) << type;
-}
-
 template<typename... Values>
 void TestTovSqlDBSession::addDriverRow(const char *caseName, const Values &...values)
 {
-    for (int type : driverTypes) {
-        QTestData &row = QTest::addRow("%s: %s", driverName(type), caseName);
-        row << type;
-        (void)std::initializer_list<int> { ((row << values), 0)... };
-    }
+    for (int type : driverTypes)
+        ((QTest::addRow("%s: %s", driverName(type), caseName) << type) << ... << values);
 }
 
 bool TestTovSqlDBSession::skipUnavailable(int type)
@@ -219,22 +201,21 @@ void TestTovSqlDBSession::connectionTemplate()
         TovSqlDBSession::setOdbcConnectionTemplate(OdbcTestEnv::connectionTemplate());
 }
 
-void TestTovSqlDBSession::openRunsPragmas_data()
+void TestTovSqlDBSession::openAndPragmas_data()
 {
     QTest::addColumn<int>("type");
     QTest::addColumn<int>("foreignKeys");
     // The pragmas belong to SQLite sessions; an ODBC session leaves the driver's defaults.
-    QTest::newRow("QSQLITE: foreign keys on, synchronous off") << int(TovSqlDBSession::SQLite) << 1;
-    QTest::newRow("QODBC: no pragmas on open") << int(TovSqlDBSession::Access) << 0;
+    QTest::newRow("QSQLITE: foreign keys on, synchronous off; missing folder fails")
+        << int(TovSqlDBSession::SQLite) << 1;
+    QTest::newRow("QODBC: no pragmas on open; missing folder fails") << int(TovSqlDBSession::Access) << 0;
 }
 
-void TestTovSqlDBSession::openRunsPragmas()
+void TestTovSqlDBSession::openAndPragmas()
 {
     TOV_FETCH_DRIVER();
     QFETCH(int, foreignKeys);
     TovSqlDBSession session(m_file, TovSqlDBSession::DatabaseType(type));
-    QVERIFY(!session.isOpen());
-    QCOMPARE(session.fileName(), m_file);
     QVERIFY2(session.open(), qPrintable(session.lastError().text()));
     QVERIFY(session.isOpen());
     QCOMPARE(session.lastError().type(), QSqlError::NoError);
@@ -255,47 +236,15 @@ void TestTovSqlDBSession::openRunsPragmas()
 
     session.close();
     QVERIFY(!session.isOpen());
-}
 
-void TestTovSqlDBSession::reopenClosesFirst_data()
-{
-    QTest::addColumn<int>("type");
-    addDriverRows("uncommitted insert is dropped");
-}
-
-void TestTovSqlDBSession::reopenClosesFirst()
-{
-    TOV_FETCH_DRIVER();
-    auto session = openItems(type);
-    QVERIFY(session);
-    QVERIFY(session->transaction());
-    {
-        QSqlQuery query(session->database());
-        QVERIFY(session->insertData(
-            query, QStringLiteral("Items"), { QStringLiteral("Name") }, { QStringLiteral("x") }));
-    }
-    QCOMPARE(countRows(*session), 1);
-    QVERIFY(session->open());
-    QVERIFY(session->isOpen());
-    QCOMPARE(countRows(*session), 0);
-}
-
-void TestTovSqlDBSession::openFailure_data()
-{
-    QTest::addColumn<int>("type");
-    addDriverRows("file in a missing directory");
-}
-
-void TestTovSqlDBSession::openFailure()
-{
-    TOV_FETCH_DRIVER();
+    // A file in a missing directory cannot be opened: the error goes to the debug output.
     DebugCapture capture;
-    TovSqlDBSession session(
+    TovSqlDBSession missing(
         m_dir.filePath(QStringLiteral("missing/dir/x.db")), TovSqlDBSession::DatabaseType(type));
-    QVERIFY(!session.open());
-    QVERIFY(!session.isOpen());
-    QVERIFY(session.lastError().type() != QSqlError::NoError);
-    QCOMPARE(capture.lines(), QStringList { session.lastError().text() });
+    QVERIFY(!missing.open());
+    QVERIFY(!missing.isOpen());
+    QVERIFY(missing.lastError().type() != QSqlError::NoError);
+    QCOMPARE(capture.lines(), QStringList { missing.lastError().text() });
 }
 
 void TestTovSqlDBSession::insertAndQuery_data()
@@ -356,7 +305,7 @@ void TestTovSqlDBSession::insertAndQuery()
 void TestTovSqlDBSession::updateSaveDelete_data()
 {
     QTest::addColumn<int>("type");
-    addDriverRows("rows changed by key");
+    addDriverRow("rows changed by key");
 }
 
 void TestTovSqlDBSession::updateSaveDelete()
@@ -383,67 +332,6 @@ void TestTovSqlDBSession::updateSaveDelete()
     QCOMPARE(countRows(*session), 1);
     QVERIFY(session->deleteData(query, items, QStringList(), {}));
     QCOMPARE(countRows(*session), 0);
-}
-
-void TestTovSqlDBSession::preparedStatementReused_data()
-{
-    QTest::addColumn<int>("type");
-    addDriverRows("same text prepared once, other text prepared again");
-}
-
-void TestTovSqlDBSession::preparedStatementReused()
-{
-    TOV_FETCH_DRIVER();
-    auto session = openItems(type);
-    QVERIFY(session);
-    QSqlQuery query(session->database());
-    const QString insert = QStringLiteral("INSERT INTO Items (Name, Code) VALUES (?, ?)");
-    // A fresh prepare clears the query's bound values; a reused statement still holds the last ones.
-    QList<int> boundBefore;
-    int counter = 0;
-    auto binder = [&] {
-        boundBefore.append(query.boundValues().size());
-        query.addBindValue(QStringLiteral("n%1").arg(counter));
-        query.addBindValue(QStringLiteral("c%1").arg(counter++));
-    };
-    QVERIFY(session->execSQL(query, insert, binder, true));
-    QVERIFY(session->execSQL(query, insert, binder, true));
-    QVERIFY(session->execSQL(query, insert, binder, true));
-    const QString update = QStringLiteral("UPDATE Items SET Name=? WHERE Code = ?");
-    QVERIFY(session->execSQL(query, update, binder, true));
-    QCOMPARE(boundBefore, (QList<int> { 0, 2, 2, 0 }));
-    QCOMPARE(query.lastQuery(), update);
-    QCOMPARE(countRows(*session), 3);
-    QCOMPARE(countRows(*session, QStringLiteral(" WHERE Code = 'c3'")), 0);
-}
-
-void TestTovSqlDBSession::insertStatementFollowsTableAndFields_data()
-{
-    QTest::addColumn<int>("type");
-    addDriverRows("each insert runs the text of its own table and fields");
-}
-
-void TestTovSqlDBSession::insertStatementFollowsTableAndFields()
-{
-    TOV_FETCH_DRIVER();
-    auto session = openItems(type);
-    QVERIFY(session);
-    QSqlQuery create(session->database());
-    TOV_EXEC(*session, create, QStringLiteral("CREATE TABLE Other (Code TEXT)"));
-    session->setIsOutputSql(true);
-    QStringList fields { QStringLiteral("Name") };
-    DebugCapture capture;
-    QSqlQuery query(session->database());
-    QVERIFY(session->insertData(query, QStringLiteral("Items"), fields, { QStringLiteral("a") }));
-    fields[0] = QStringLiteral("Code");
-    QVERIFY(session->insertData(query, QStringLiteral("Items"), fields, { QStringLiteral("b") }));
-    QVERIFY(session->insertData(query, QStringLiteral("Other"), fields, { QStringLiteral("c") }));
-    QVERIFY(session->insertData(query, QStringLiteral("Items"), fields, { QStringLiteral("d") }));
-    QStringList statements = capture.lines().filter(QStringLiteral("INSERT"));
-    QCOMPARE(statements,
-        QStringList({ "INSERT INTO Items (Name) VALUES (?)", "INSERT INTO Items (Code) VALUES (?)",
-            "INSERT INTO Other (Code) VALUES (?)", "INSERT INTO Items (Code) VALUES (?)" }));
-    QCOMPARE(countRows(*session, QStringLiteral(" WHERE Name = 'a' OR Code IN ('b', 'd')")), 3);
 }
 
 void TestTovSqlDBSession::repeatedInsertStoresEachValue_data()
@@ -496,24 +384,65 @@ void TestTovSqlDBSession::repeatedInsertStoresEachValue()
     QCOMPARE(check.value(1).toString(), stored);
 }
 
-void TestTovSqlDBSession::failedPrepareIsRetried_data()
+void TestTovSqlDBSession::preparedStatements_data()
 {
     QTest::addColumn<int>("type");
-    addDriverRows("table created after the first attempt");
+    addDriverRow("reused while the text stays, redone when it changes or failed");
 }
 
-void TestTovSqlDBSession::failedPrepareIsRetried()
+void TestTovSqlDBSession::preparedStatements()
 {
     TOV_FETCH_DRIVER();
     auto session = openItems(type);
     QVERIFY(session);
-    QSqlQuery query(session->database());
+    {
+        QSqlQuery query(session->database());
+        const QString insert = QStringLiteral("INSERT INTO Items (Name, Code) VALUES (?, ?)");
+        // A fresh prepare clears the query's bound values; a reused statement still holds the last ones.
+        QList<int> boundBefore;
+        int counter = 0;
+        auto binder = [&] {
+            boundBefore.append(query.boundValues().size());
+            query.addBindValue(QStringLiteral("n%1").arg(counter));
+            query.addBindValue(QStringLiteral("c%1").arg(counter++));
+        };
+        QVERIFY(session->execSQL(query, insert, binder, true));
+        QVERIFY(session->execSQL(query, insert, binder, true));
+        QVERIFY(session->execSQL(query, insert, binder, true));
+        const QString update = QStringLiteral("UPDATE Items SET Name=? WHERE Code = ?");
+        QVERIFY(session->execSQL(query, update, binder, true));
+        QCOMPARE(boundBefore, (QList<int> { 0, 2, 2, 0 }));
+        QCOMPARE(query.lastQuery(), update);
+        QCOMPARE(countRows(*session), 3);
+        QCOMPARE(countRows(*session, QStringLiteral(" WHERE Code = 'c3'")), 0);
+    }
+    {
+        QSqlQuery create(session->database());
+        TOV_EXEC(*session, create, QStringLiteral("CREATE TABLE Other (Code TEXT)"));
+        session->setIsOutputSql(true);
+        QStringList fields { QStringLiteral("Name") };
+        DebugCapture capture;
+        QSqlQuery query(session->database());
+        QVERIFY(session->insertData(query, QStringLiteral("Items"), fields, { QStringLiteral("a") }));
+        fields[0] = QStringLiteral("Code");
+        QVERIFY(session->insertData(query, QStringLiteral("Items"), fields, { QStringLiteral("b") }));
+        QVERIFY(session->insertData(query, QStringLiteral("Other"), fields, { QStringLiteral("c") }));
+        QVERIFY(session->insertData(query, QStringLiteral("Items"), fields, { QStringLiteral("d") }));
+        QStringList statements = capture.lines().filter(QStringLiteral("INSERT"));
+        QCOMPARE(statements,
+            QStringList({ "INSERT INTO Items (Name) VALUES (?)", "INSERT INTO Items (Code) VALUES (?)",
+                "INSERT INTO Other (Code) VALUES (?)", "INSERT INTO Items (Code) VALUES (?)" }));
+        QCOMPARE(countRows(*session, QStringLiteral(" WHERE Name = 'a' OR Code IN ('b', 'd')")), 3);
+        session->setIsOutputSql(false);
+    }
+    // A statement that failed to prepare is prepared again on the next call.
+    QSqlQuery retried(session->database());
     DebugCapture capture;
-    QVERIFY(!session->insertData(query, QStringLiteral("Later"), { QStringLiteral("a") }, { 1 }));
+    QVERIFY(!session->insertData(retried, QStringLiteral("Later"), { QStringLiteral("a") }, { 1 }));
     QCOMPARE(capture.lines().size(), 1);
     QSqlQuery other(session->database());
     TOV_EXEC(*session, other, QStringLiteral("CREATE TABLE Later (a INTEGER)"));
-    QVERIFY2(session->insertData(query, QStringLiteral("Later"), { QStringLiteral("a") }, { 1 }),
+    QVERIFY2(session->insertData(retried, QStringLiteral("Later"), { QStringLiteral("a") }, { 1 }),
         qPrintable(session->lastError().text()));
     QVERIFY(session->execSQL(other, QStringLiteral("SELECT a FROM Later")) && other.next());
     QCOMPARE(other.value(0).toInt(), 1);
@@ -665,23 +594,32 @@ void TestTovSqlDBSession::importRows()
     QVERIFY(session->commit());
 }
 
-void TestTovSqlDBSession::importJoinsCallersTransaction_data()
+void TestTovSqlDBSession::transactions_data()
 {
     QTest::addColumn<int>("type");
-    addDriverRows("caller's rollback drops the imported rows");
+    addDriverRow("caller's rollback drops imported rows, reopening drops uncommitted ones");
 }
 
-void TestTovSqlDBSession::importJoinsCallersTransaction()
+void TestTovSqlDBSession::transactions()
 {
     TOV_FETCH_DRIVER();
     auto session = openItems(type);
     QVERIFY(session);
-    QSqlQuery query(session->database());
-    QVERIFY(session->transaction());
-    QVERIFY(session->importData(
-        query, QStringLiteral("Items"), { QStringLiteral("Name") }, QList<QStringList> { { "a" }, { "b" } }));
-    QCOMPARE(countRows(*session), 2);
-    QVERIFY(session->rollback());
+    {
+        QSqlQuery query(session->database());
+        QVERIFY(session->transaction());
+        QVERIFY(session->importData(query, QStringLiteral("Items"), { QStringLiteral("Name") },
+            QList<QStringList> { { "a" }, { "b" } }));
+        QCOMPARE(countRows(*session), 2);
+        QVERIFY(session->rollback());
+        QCOMPARE(countRows(*session), 0);
+        QVERIFY(session->transaction());
+        QVERIFY(session->insertData(
+            query, QStringLiteral("Items"), { QStringLiteral("Name") }, { QStringLiteral("x") }));
+        QCOMPARE(countRows(*session), 1);
+    }
+    QVERIFY(session->open());
+    QVERIFY(session->isOpen());
     QCOMPARE(countRows(*session), 0);
 }
 

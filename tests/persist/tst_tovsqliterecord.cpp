@@ -44,8 +44,6 @@ private slots:
 
     void getters_data();
     void getters();
-    void stringsUntranslatedWhileServiceInactive_data();
-    void stringsUntranslatedWhileServiceInactive();
     void stringsTranslatedByContext_data();
     void stringsTranslatedByContext();
     void rawRecordHoldsItsRow_data();
@@ -113,12 +111,16 @@ bool TestTovSqliteRecord::openFilled(int type, std::unique_ptr<TovSqlDBSession> 
 void TestTovSqliteRecord::getters_data()
 {
     QTest::addColumn<int>("type");
-    addDriverRows("typed getters by column name");
+    addDriverRows("typed getters by column name, texts untranslated while the service is inactive");
 }
 
 void TestTovSqliteRecord::getters()
 {
     TOV_FETCH_DRIVER();
+    HynTranslations::getInstance()->setCurrentLanguageId(0);
+    QVERIFY(
+        TovDBTranslations::getInstance()->loadConfig(QFINDTESTDATA("../data/persist/record_contexts.xml")));
+    QVERIFY(!TovDBTranslations::getInstance()->isNeedTranslate());
     std::unique_ptr<TovSqlDBSession> session;
     QVERIFY2(openFilled(type, session), qPrintable(session->lastError().text()));
     QSqlQuery query(session->database());
@@ -147,28 +149,6 @@ void TestTovSqliteRecord::getters()
     QCOMPARE(copy.getInt(QStringLiteral("ID")), 8);
     TovSqliteRecordQt moved(std::move(const_cast<TovSqliteRecordQt &>(copy)));
     QCOMPARE(moved.getString(QStringLiteral("Name")), QStringLiteral("unknown"));
-}
-
-void TestTovSqliteRecord::stringsUntranslatedWhileServiceInactive_data()
-{
-    QTest::addColumn<int>("type");
-    addDriverRows("contexts known, source language");
-}
-
-void TestTovSqliteRecord::stringsUntranslatedWhileServiceInactive()
-{
-    TOV_FETCH_DRIVER();
-    HynTranslations::getInstance()->setCurrentLanguageId(0);
-    QVERIFY(
-        TovDBTranslations::getInstance()->loadConfig(QFINDTESTDATA("../data/persist/record_contexts.xml")));
-    QVERIFY(!TovDBTranslations::getInstance()->isNeedTranslate());
-    std::unique_ptr<TovSqlDBSession> session;
-    QVERIFY2(openFilled(type, session), qPrintable(session->lastError().text()));
-    QSqlQuery query(session->database());
-    QVERIFY(session->queryData(query, QStringLiteral("Items"), QStringLiteral("ID = 7")));
-    QVERIFY(query.next());
-    const TovSqliteRecordQt record(session->fileName(), QStringLiteral("Items"), query);
-    QCOMPARE(record.getString(QStringLiteral("Name")), QStringLiteral("路缘石"));
 }
 
 void TestTovSqliteRecord::stringsTranslatedByContext_data()

@@ -30,11 +30,8 @@ void TestTovAppCmdLine::parse_data()
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QStringList>("expected");
     QTest::newRow("no arguments: all off") << QStringList() << expected(false, false, false, false, "", "");
-    QTest::newRow("-e marks automation")
-        << QStringList { "-e" } << expected(true, false, false, false, "", "");
     QTest::newRow("-ef sets only efficiency mode")
         << QStringList { "-ef" } << expected(false, true, false, false, "", "");
-    QTest::newRow("-config") << QStringList { "-config" } << expected(false, false, true, false, "", "");
     QTest::newRow("-time with path appends slash")
         << QStringList { "-time=D:/logs" } << expected(false, false, false, true, "D:/logs/", "");
     QTest::newRow("-time alone: timings with empty path")

@@ -13,7 +13,6 @@ private slots:
     void cleanup();
     void loadConfig_data();
     void loadConfig();
-    void instanceIsStable();
 };
 
 void TestTovDBTranslations::initTestCase()
@@ -93,13 +92,6 @@ void TestTovDBTranslations::loadConfig()
     for (const QString &context : qAsConst(absent))
         QVERIFY2(!translations.isContextExist(context), qPrintable(context));
     QCOMPARE(translations.isNeedTranslate(), needTranslate);
-}
-
-void TestTovDBTranslations::instanceIsStable()
-{
-    TovDBTranslations *instance = TovDBTranslations::getInstance();
-    QCOMPARE(TovDBTranslations::m_instance, instance);
-    QCOMPARE(TovDBTranslations::getInstance(), instance);
 }
 
 QTEST_GUILESS_MAIN(TestTovDBTranslations)

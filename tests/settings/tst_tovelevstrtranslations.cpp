@@ -91,15 +91,14 @@ void TestTovElevStrTranslations::byIdentifiers_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("displayed");
     QTest::addColumn<QString>("stored");
-    QTest::newRow("pair passed through") << qint64(1) << qint64(2) << "12.5"
-                                         << "1/2:+12.5 m"
-                                         << "1/2:12.5";
-    QTest::newRow("64-bit identifiers kept") << qint64(1) << qint64(6000000000LL) << "0"
-                                             << "1/6000000000:+0 m"
-                                             << "1/6000000000:0";
-    QTest::newRow("no translator for the pair: unchanged") << qint64(-1) << qint64(2) << "+3 m"
-                                                           << "+3 m"
-                                                           << "+3 m";
+    QTest::newRow("pair passed through") << qint64(1) << qint64(2) << QStringLiteral("12.5")
+                                         << QStringLiteral("1/2:+12.5 m") << QStringLiteral("1/2:12.5");
+    QTest::newRow("64-bit identifiers kept")
+        << qint64(1) << qint64(6000000000LL) << QStringLiteral("0") << QStringLiteral("1/6000000000:+0 m")
+        << QStringLiteral("1/6000000000:0");
+    QTest::newRow("no translator for the pair: unchanged")
+        << qint64(-1) << qint64(2) << QStringLiteral("+3 m") << QStringLiteral("+3 m")
+        << QStringLiteral("+3 m");
 }
 
 void TestTovElevStrTranslations::byIdentifiers()

@@ -78,7 +78,6 @@ void TestTovTranslationExtension::translate_data()
         << true << all << QStringLiteral("里程") << QStringLiteral("里程");
     QTest::newRow("translation of another context is not used")
         << true << all << QStringLiteral("标高") << QStringLiteral("标高");
-    QTest::newRow("empty text") << true << all << QString() << QString();
 }
 
 void TestTovTranslationExtension::translate()
