@@ -1,6 +1,7 @@
 #include <tovgraphedge.h>
 #include <tovgraphnode.h>
 #include <tovgraphstruct.h>
+#include <tovtestutil.h>
 
 #include "graphtestutil.h"
 
@@ -8,13 +9,6 @@
 #include <QtTest>
 
 namespace {
-
-// One table row, the values in column order.
-template<typename... Values>
-void row(const char *name, const Values &...values)
-{
-    (QTest::newRow(name) << ... << values);
-}
 
 int keyOf(int key)
 {

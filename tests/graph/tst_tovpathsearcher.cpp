@@ -1,6 +1,7 @@
 #include <tovgraphnode.h>
 #include <tovgraphstruct.h>
 #include <tovpathsearcher.h>
+#include <tovtestutil.h>
 
 #include "graphtestutil.h"
 #include "refpathsearcher.h"
@@ -12,13 +13,6 @@
 #include <random>
 
 namespace {
-
-// One table row, the values in column order.
-template<typename... Values>
-void row(const char *name, const Values &...values)
-{
-    (QTest::newRow(name) << ... << values);
-}
 
 // Builds with every node weighing 1 unless an "n<key>=<weight>" token says otherwise.
 void buildWeighted(TovGraphStruct &graph, const QString &text)

@@ -1,18 +1,10 @@
+#include <tovtestutil.h>
+
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
 // The "path" command of tovutil, run as a process: sample graphs, dumps and the error lines.
-namespace {
-
-// One table row, the values in column order.
-template<typename... Values>
-void row(const char *name, const Values &...values)
-{
-    (QTest::newRow(name) << ... << values);
-}
-
-} // namespace
 
 class TestTovUtilPath : public QObject
 {

@@ -1,20 +1,10 @@
 #include <sefcommon.h>
+#include <tovtestutil.h>
 
 #include <QDateTime>
 #include <QtTest>
 
 #include <limits>
-
-namespace {
-
-// One table row, the values in column order.
-template<typename... Values>
-void row(const char *name, const Values &...values)
-{
-    (QTest::newRow(name) << ... << values);
-}
-
-} // namespace
 
 class TestSefCommon : public QObject
 {

@@ -50,13 +50,6 @@ private:
 
 namespace {
 
-// One table row, the values in column order.
-template<typename... Values>
-void row(const char *name, const Values &...values)
-{
-    (QTest::newRow(name) << ... << values);
-}
-
 const TovMessageLogger logger("walls.cpp", 12, "calcWalls");
 
 // Runs a script: "D:x" / "I:x" / "W:x" / "E:x" start a message, "e:7" and "c:geom" set the

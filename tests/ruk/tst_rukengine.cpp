@@ -8,13 +8,6 @@ Q_DECLARE_METATYPE(RukData)
 
 namespace {
 
-// One table row, the values in column order.
-template<typename... Values>
-void row(const char *name, const Values &...values)
-{
-    (QTest::newRow(name) << ... << values);
-}
-
 // Answers variables from two tables and records what it was asked, in order.
 class Vars : public RukQueryVarDataTypeImpl, public RukQueryVarValueImpl
 {

@@ -6,6 +6,13 @@
 #include <QStringList>
 #include <QTest>
 
+// One row of a data-driven test, its values in column order.
+template<typename... Values>
+void row(const char *name, const Values &...values)
+{
+    (QTest::newRow(name) << ... << values);
+}
+
 // Collects every line written to the host's debug output while it lives.
 class DebugCapture
 {
