@@ -58,15 +58,24 @@ inline bool compareResult(int code, int c)
     }
 }
 
-// Equal texts by code unit, as QString's operator== has it, without a call into Qt.
+// Equal texts by code unit, as QString's operator== has it, without a call into Qt. Codes, kinds
+// and units are a few characters long: those are compared in place, not through memcmp.
 inline bool sameText(const QString &a, const QString &b)
 {
     const int n = a.size();
     if (n != b.size())
         return false;
-    const QChar *p = a.constData();
-    const QChar *q = b.constData();
-    return p == q || std::memcmp(p, q, size_t(n) * sizeof(QChar)) == 0;
+    const ushort *p = reinterpret_cast<const ushort *>(a.constData());
+    const ushort *q = reinterpret_cast<const ushort *>(b.constData());
+    if (p == q)
+        return true;
+    if (n > 16)
+        return std::memcmp(p, q, size_t(n) * sizeof(ushort)) == 0;
+    for (int i = 0; i < n; ++i) {
+        if (p[i] != q[i])
+            return false;
+    }
+    return true;
 }
 
 // Half away from zero; a value within 1e-9 of the half counts as the half, so that 2.675 (held as
@@ -1490,8 +1499,12 @@ void RukParserPrivate::runNumeric(void *context)
         const RukData &value = Q_LIKELY(var.value.m_type == RukData::String && !var.invalid)
             ? var.value
             : loadInPlaceSlow(in->a, in->node);
-        const bool equal = sameText(value.m_s, m_consts[size_t(in->b)].m_s);
-        *sp++ = equal == (in->code == RukEqSV) ? 1.0 : 0.0;
+        const bool holds = sameText(value.m_s, *in->text) == (in->code == RukEqSV);
+        if (in->b) {
+            m_result.setBoolean(holds);
+            return;
+        }
+        *sp++ = holds ? 1.0 : 0.0;
         RUK_NEXT;
     }
 #undef RUK_NEXT
@@ -1575,6 +1588,10 @@ void RukParserPrivate::fuseNumeric(std::vector<RukInstr> &program)
             || (in.code >= RukAddF && in.code <= RukGeFV && (in.code - RukAddF) % 3 == 2)) {
             in.var = &m_varHandles[size_t(in.a)];
             in.state = &m_vars[size_t(in.a)];
+            if (in.code == RukEqSV || in.code == RukNeSV) {
+                in.text = &m_consts[size_t(in.b)].m_s;
+                in.b = 0;
+            }
         } else if (in.code == RukMathF && in.a == RukFnSqrt)
             in.code = RukSqrtF;
         else if (in.code == RukHalt)
@@ -1591,8 +1608,8 @@ void RukParserPrivate::fuseNumeric(std::vector<RukInstr> &program)
             in = out[size_t(in.a)];
     }
     // An accumulation takes on the one-argument operation that follows it (its function in a),
-    // which stays in place for jumps that land on it; an accumulation or a square root just before
-    // the end of a floating-point program ends it itself.
+    // which stays in place for jumps that land on it; an accumulation, a square root or a text
+    // comparison just before the end of the program ends it itself.
     for (size_t i = 0; i + 1 < out.size(); ++i) {
         RukInstr &in = out[i];
         const bool accumulates = in.code >= RukAddAddVI && in.code <= RukMulDivVV;
@@ -1607,6 +1624,8 @@ void RukParserPrivate::fuseNumeric(std::vector<RukInstr> &program)
         }
         if ((accumulates || in.code == RukSqrtF) && next < out.size() && out[next].code == RukHaltF)
             in.b |= RukTailHalt;
+        if ((in.code == RukEqSV || in.code == RukNeSV) && out[next].code == RukHaltB)
+            in.b = RukTailHalt;
     }
     for (RukInstr &in : out) {
         if (isJump(in.code))

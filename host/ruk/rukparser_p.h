@@ -221,6 +221,7 @@ struct RukInstr
     union {
         double imm;
         RukVarNode *var2; // the plain-double program's second variable
+        const QString *text; // the plain-double program's text constant (RukEqSV, RukNeSV)
     };
     // The plain-double program's own: its variables' handles and states (the state once more,
     // so that a load needs no hop through the handle), and the label of its code.
