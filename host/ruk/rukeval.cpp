@@ -1425,6 +1425,24 @@ void RukParserPrivate::runNumeric(void *context)
     if (Q_UNLIKELY(y == 0.0))                                                                                \
         throwDivisionByZero();                                                                               \
     x /= y
+// The top of the stack takes the inner result x; then the tail the instruction carries, if any.
+#define RUK_ACCUMULATE_INTO_TOP(OUTER_OP2)                                                                   \
+    double top = sp[-1] OUTER_OP2 x;                                                                         \
+    if (Q_UNLIKELY(!std::isfinite(top)))                                                                     \
+        throwOverflow();                                                                                     \
+    if (in->b) {                                                                                             \
+        if (in->b & RukTailUnary)                                                                            \
+            top = unaryTail(in->a, top);                                                                     \
+        if (in->b & RukTailHalt) {                                                                           \
+            m_result.setFloat(top);                                                                          \
+            return;                                                                                          \
+        }                                                                                                    \
+        sp[-1] = top;                                                                                        \
+        in += 2;                                                                                             \
+        goto * in->label;                                                                                    \
+    }                                                                                                        \
+    sp[-1] = top;                                                                                            \
+    RUK_NEXT
 #define RUK_ACCUMULATE_CASES(OUTER, OUTER_OP2, INNER, INNER_APPLY)                                           \
     l_##OUTER##INNER##VI:                                                                                    \
     {                                                                                                        \
@@ -1432,22 +1450,7 @@ void RukParserPrivate::runNumeric(void *context)
         RUK_LOAD(in->var, in->state, x);                                                                     \
         const double y = in->imm;                                                                            \
         INNER_APPLY;                                                                                         \
-        double top = sp[-1] OUTER_OP2 x;                                                                     \
-        if (Q_UNLIKELY(!std::isfinite(top)))                                                                 \
-            throwOverflow();                                                                                 \
-        if (in->b) {                                                                                         \
-            if (in->b & RukTailUnary)                                                                        \
-                top = unaryTail(in->a, top);                                                                 \
-            if (in->b & RukTailHalt) {                                                                       \
-                m_result.setFloat(top);                                                                      \
-                return;                                                                                      \
-            }                                                                                                \
-            sp[-1] = top;                                                                                    \
-            in += 2;                                                                                         \
-            goto * in->label;                                                                                \
-        }                                                                                                    \
-        sp[-1] = top;                                                                                        \
-        RUK_NEXT;                                                                                            \
+        RUK_ACCUMULATE_INTO_TOP(OUTER_OP2);                                                                  \
     }                                                                                                        \
     l_##OUTER##INNER##VV:                                                                                    \
     {                                                                                                        \
@@ -1456,22 +1459,7 @@ void RukParserPrivate::runNumeric(void *context)
         double y;                                                                                            \
         RUK_LOAD(in->var2, in->state2, y);                                                                   \
         INNER_APPLY;                                                                                         \
-        double top = sp[-1] OUTER_OP2 x;                                                                     \
-        if (Q_UNLIKELY(!std::isfinite(top)))                                                                 \
-            throwOverflow();                                                                                 \
-        if (in->b) {                                                                                         \
-            if (in->b & RukTailUnary)                                                                        \
-                top = unaryTail(in->a, top);                                                                 \
-            if (in->b & RukTailHalt) {                                                                       \
-                m_result.setFloat(top);                                                                      \
-                return;                                                                                      \
-            }                                                                                                \
-            sp[-1] = top;                                                                                    \
-            in += 2;                                                                                         \
-            goto * in->label;                                                                                \
-        }                                                                                                    \
-        sp[-1] = top;                                                                                        \
-        RUK_NEXT;                                                                                            \
+        RUK_ACCUMULATE_INTO_TOP(OUTER_OP2);                                                                  \
     }
 #define RUK_ACCUMULATE_OUTER(OUTER, OUTER_OP)                                                                \
     RUK_ACCUMULATE_CASES(OUTER, OUTER_OP, Add, RUK_INNER_ARITH(+=))                                          \
@@ -1483,6 +1471,7 @@ void RukParserPrivate::runNumeric(void *context)
         RUK_ACCUMULATE_OUTER(RukMul, *)
 #undef RUK_ACCUMULATE_OUTER
 #undef RUK_ACCUMULATE_CASES
+#undef RUK_ACCUMULATE_INTO_TOP
 #undef RUK_INNER_ARITH
 #undef RUK_INNER_DIVIDE
     l_RukJump:
