@@ -695,55 +695,28 @@ void RukParserPrivate::call(const RukInstr &in, RukData *args)
             }
             break;
         }
-        const double f = num.f;
-        setReal(in, r,
-            id == RukFnAbs         ? std::fabs(f)
-                : id == RukFnFloor ? std::floor(f)
-                : id == RukFnCeil  ? std::ceil(f)
-                                   : std::trunc(f));
+        setReal(in, r, mathValue(id, num.f));
         break;
     }
     case RukFnSqrt:
-        setReal(in, r, std::sqrt(real(in, r)));
-        break;
     case RukFnExp:
-        setReal(in, r, std::exp(real(in, r)));
-        break;
     case RukFnLn:
-        setReal(in, r, std::log(real(in, r)));
-        break;
     case RukFnLog10:
-        setReal(in, r, std::log10(real(in, r)));
+    case RukFnSin:
+    case RukFnCos:
+    case RukFnTan:
+    case RukFnAsin:
+    case RukFnAcos:
+    case RukFnAtan:
+    case RukFnRad:
+    case RukFnDeg:
+        setReal(in, r, mathValue(id, real(in, r)));
         break;
     case RukFnPow:
         setReal(in, r, std::pow(real(in, args[0]), real(in, args[1])));
         break;
-    case RukFnSin:
-        setReal(in, r, std::sin(real(in, r)));
-        break;
-    case RukFnCos:
-        setReal(in, r, std::cos(real(in, r)));
-        break;
-    case RukFnTan:
-        setReal(in, r, std::tan(real(in, r)));
-        break;
-    case RukFnAsin:
-        setReal(in, r, std::asin(real(in, r)));
-        break;
-    case RukFnAcos:
-        setReal(in, r, std::acos(real(in, r)));
-        break;
-    case RukFnAtan:
-        setReal(in, r, std::atan(real(in, r)));
-        break;
     case RukFnAtan2:
         setReal(in, r, std::atan2(real(in, args[0]), real(in, args[1])));
-        break;
-    case RukFnRad:
-        setReal(in, r, real(in, r) * kPi / 180.0);
-        break;
-    case RukFnDeg:
-        setReal(in, r, real(in, r) * 180.0 / kPi);
         break;
     case RukFnRound: {
         const qint64 digits = argc > 1 ? integerArg(args[1]) : 0;
