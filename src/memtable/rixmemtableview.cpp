@@ -81,6 +81,24 @@ namespace {
 
 const double tolerance = 1e-12;
 
+// The first record whose non-null value at index orders furthest in the direction of sign
+// (1 the largest, -1 the smallest); null when every value is null.
+RixMemRecord *extremeRecord(const QList<RixMemRecord *> &records, int index, int sign)
+{
+    QVariant best;
+    RixMemRecord *found = nullptr;
+    for (RixMemRecord *record : records) {
+        QVariant value = record->getVariant(index);
+        if (value.isNull())
+            continue;
+        if (!best.isValid() || (sign > 0 ? compare(value, best) > 0 : compare(value, best) < 0)) {
+            best = std::move(value);
+            found = record;
+        }
+    }
+    return found;
+}
+
 const QChar infinityChar(0x221E);
 
 // Merge sort over [first, last) that only ever asks before(later, earlier): stable for a strict
@@ -680,36 +698,12 @@ QVariant RixMemTableView::calcMinValue(const QString &fieldName)
 
 RixMemRecord *RixMemTableView::maxRecord(const QString &fieldName)
 {
-    const int index = filedIndex(fieldName);
-    QVariant result;
-    RixMemRecord *found = nullptr;
-    for (RixMemRecord *record : qAsConst(d->records)) {
-        QVariant value = record->getVariant(index);
-        if (value.isNull())
-            continue;
-        if (!result.isValid() || compare(value, result) > 0) {
-            result = std::move(value);
-            found = record;
-        }
-    }
-    return found;
+    return extremeRecord(d->records, filedIndex(fieldName), 1);
 }
 
 RixMemRecord *RixMemTableView::minRecord(const QString &fieldName)
 {
-    const int index = filedIndex(fieldName);
-    QVariant result;
-    RixMemRecord *found = nullptr;
-    for (RixMemRecord *record : qAsConst(d->records)) {
-        QVariant value = record->getVariant(index);
-        if (value.isNull())
-            continue;
-        if (!result.isValid() || compare(value, result) < 0) {
-            result = std::move(value);
-            found = record;
-        }
-    }
-    return found;
+    return extremeRecord(d->records, filedIndex(fieldName), -1);
 }
 
 QString RixMemTableView::join(const QString &fieldName, const QString &separator)
