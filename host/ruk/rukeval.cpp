@@ -340,14 +340,14 @@ inline void RukParserPrivate::loadVar(const RukInstr &in, RukData &dst, IRukQuer
     if (bound) {
         RUK_COPY(var.value, *bound);
     } else {
-        RukVarNode &handle = m_varHandles[size_t(in.a)];
+        RukVarNode &handle = var.handle;
         if (typeEvent) {
             int dataType = var.dataType;
             typeEvent->onQueryVarDataType(handle, dataType, context);
             if (dataType != var.dataType) {
                 var.dataType = dataType;
                 m_programReady = false;
-                m_numericReady = false;
+                setNumericReady(false);
             }
         }
         m_valueImpl->queryVarValue(handle, context);
@@ -361,18 +361,17 @@ inline void RukParserPrivate::loadVar(const RukInstr &in, RukData &dst, IRukQuer
 // check, the number.
 inline double RukParserPrivate::loadFloat(int index, void *context)
 {
-    RukVarNode &handle = m_varHandles[size_t(index)];
-    RukVarState &var = *handle.s;
+    RukVarState &var = m_vars[size_t(index)];
     var.value.m_type = RukData::Unknown;
-    m_valueImpl->queryVarValue(handle, context);
+    m_valueImpl->queryVarValue(var.handle, context);
     if (Q_UNLIKELY(var.value.m_type != RukData::Float || var.invalid))
         return loadFloatSlow(index);
     return var.value.m_v.f;
 }
 
-double RukParserPrivate::loadFloatSlow(const RukVarNode *handle)
+double RukParserPrivate::loadFloatSlow(const RukVarState *var)
 {
-    return loadFloatSlow(int(handle - m_varHandles.data()));
+    return loadFloatSlow(int(var - m_vars.data()));
 }
 
 double RukParserPrivate::loadFloatSlow(int index)
@@ -388,7 +387,7 @@ const RukData &RukParserPrivate::loadInPlace(int index, int node, void *context)
 {
     RukVarState &var = m_vars[size_t(index)];
     var.value.m_type = RukData::Unknown;
-    m_valueImpl->queryVarValue(m_varHandles[size_t(index)], context);
+    m_valueImpl->queryVarValue(var.handle, context);
     if (Q_LIKELY(var.value.m_type == var.dataType && !var.invalid))
         return var.value;
     return loadInPlaceSlow(index, node);
@@ -849,8 +848,8 @@ void RukParserPrivate::evaluate(
                 m_programReady = true;
             }
             if (m_numericResult != RukData::Unknown) {
-                m_numericReady = true;
-                runNumeric(context);
+                setNumericReady(true);
+                runNumeric(this, context);
                 return;
             }
             run(m_program, nullptr, context, nodeMap);
@@ -864,33 +863,23 @@ void RukParserPrivate::evaluate(
     m_result.m_valid = true;
 }
 
-namespace {
-
-Q_DECL_COLD_FUNCTION Q_NEVER_INLINE void evaluateSlow(
-    RukParserPrivate *p, IRukQueryVarDataTypeEvent *typeEvent, void *context)
+void RukParserPrivate::enterGeneral(RukParserPrivate *p, void *context)
 {
-    if (!p)
-        throw SefException(QCoreApplication::translate("RukEngine", "解析器没有创建"));
-    p->evaluate(typeEvent, context, nullptr);
+    p->evaluate(nullptr, context, nullptr);
 }
 
-} // namespace
-
-void RukParser::evaluate(const RukQueryVarDataTypeEvent &typeEvent, void *context)
+void RukParser::evaluateTyped(const RukQueryVarDataTypeEvent &typeEvent, void *context)
 {
-    RukParserPrivate *p = d.get();
-    IRukQueryVarDataTypeEvent *typeCallback = typeEvent.callback();
-    // Evaluate many: straight into the plain-double program once it is compiled.
-    if (Q_LIKELY(p && p->m_numericReady && !typeCallback))
-        return p->runNumeric(context);
-    evaluateSlow(p, typeCallback, context);
+    if (Q_UNLIKELY(!d))
+        throwNull();
+    d->evaluate(typeEvent.callback(), context, nullptr);
 }
 
 void RukParser::evaluate(
     const RukQueryVarDataTypeEvent &typeEvent, void *context, const RukNodeMapInfos &nodeMap)
 {
     if (Q_UNLIKELY(!d))
-        throw SefException(QCoreApplication::translate("RukEngine", "解析器没有创建"));
+        throwNull();
     d->evaluate(typeEvent.callback(), context, &nodeMap);
 }
 
@@ -1091,7 +1080,7 @@ void RukParserPrivate::run(const std::vector<RukInstr> &program, IRukQueryVarDat
 // a text variable compared with a text constant makes a boolean too), fused by fuseNumeric,
 // with one indirect jump per instruction (labels as values, as GCC and Clang offer). Reached
 // straight from RukParser::evaluate, so it cleans up after a failure itself.
-void RukParserPrivate::runNumeric(void *context)
+void RukParserPrivate::runNumeric(RukParserPrivate *self, void *context)
 {
     // By operation code, in the order of RukCode; codes that never reach this program end it.
     static const void *const labels[] = {
@@ -1220,30 +1209,41 @@ void RukParserPrivate::runNumeric(void *context)
         &&l_RukMulDivVV,
     };
     static_assert(sizeof(labels) / sizeof(labels[0]) == RukCodeCount, "one label per operation code");
-    // Each instruction holds the label of its code, filled in on the program's first run.
-    if (Q_UNLIKELY(!m_numericThreaded)) {
-        for (RukInstr &in : m_program)
-            in.label = labels[in.code];
-        m_numericThreaded = true;
+    // Each instruction holds the label of its code, and an accumulation the label it goes on to:
+    // the next instruction's, or the end it makes with the one-argument operation after it.
+    // Filled in on the program's first run.
+    if (Q_UNLIKELY(!self->m_numericThreaded)) {
+        std::vector<RukInstr> &program = self->m_program;
+        for (size_t i = 0; i < program.size(); ++i) {
+            RukInstr &instr = program[i];
+            instr.label = labels[instr.code];
+            if (instr.code < RukAddAddVI || instr.code > RukMulDivVV)
+                continue;
+            const int next = program[i + 1].code; // an accumulation is never last
+            if (!instr.b)
+                instr.link.tail = labels[next];
+            else
+                instr.link.tail = next == RukSqrtF ? &&l_TailSqrtHalt : &&l_TailUnaryHalt;
+        }
+        self->m_numericThreaded = true;
     }
     // Never null, and replaced only between evaluations.
-    RukQueryVarValueImpl *const impl = m_valueImpl;
-    double *sp = m_numberStack.data(); // the next free slot
-    const RukInstr *in = m_program.data();
+    RukQueryVarValueImpl *const impl = self->m_valueImpl;
+    double *sp = self->m_numberStack.data(); // the next free slot
+    const RukInstr *in = self->m_program.data();
     try {
 #define RUK_NEXT                                                                                             \
     ++in;                                                                                                    \
     goto * in->label
-// The value of the variable of HANDLE (its state STATE) into OUT: the value callback, one check,
-// the number.
-#define RUK_LOAD(HANDLE, STATE, OUT)                                                                         \
+// The value of the variable of STATE into OUT: the value callback, one check, the number.
+#define RUK_LOAD(STATE, OUT)                                                                                 \
     do {                                                                                                     \
         RukVarState *state_ = (STATE);                                                                       \
         state_->value.m_type = RukData::Unknown;                                                             \
-        impl->queryVarValue(*(HANDLE), context);                                                             \
+        impl->queryVarValue(state_->handle, context);                                                        \
         state_ = (STATE);                                                                                    \
         if (Q_UNLIKELY(state_->value.m_type != RukData::Float || state_->invalid))                           \
-            OUT = loadFloatSlow(HANDLE);                                                                     \
+            OUT = self->loadFloatSlow(state_);                                                               \
         else                                                                                                 \
             OUT = state_->value.m_v.f;                                                                       \
     } while (false)
@@ -1266,7 +1266,7 @@ void RukParserPrivate::runNumeric(void *context)
     l_##CODE##V:                                                                                             \
     {                                                                                                        \
         double y;                                                                                            \
-        RUK_LOAD(in->var, in->state, y);                                                                     \
+        RUK_LOAD(in->state, y);                                                                              \
         double &x = sp[-1];                                                                                  \
         APPLY;                                                                                               \
         RUK_NEXT;                                                                                            \
@@ -1274,7 +1274,7 @@ void RukParserPrivate::runNumeric(void *context)
     l_##BASE##VI:                                                                                            \
     {                                                                                                        \
         double x;                                                                                            \
-        RUK_LOAD(in->var, in->state, x);                                                                     \
+        RUK_LOAD(in->state, x);                                                                              \
         const double y = in->imm;                                                                            \
         APPLY;                                                                                               \
         *sp++ = x;                                                                                           \
@@ -1283,9 +1283,9 @@ void RukParserPrivate::runNumeric(void *context)
     l_##BASE##VV:                                                                                            \
     {                                                                                                        \
         double x;                                                                                            \
-        RUK_LOAD(in->var, in->state, x);                                                                     \
+        RUK_LOAD(in->state, x);                                                                              \
         double y;                                                                                            \
-        RUK_LOAD(in->var2, in->state2, y);                                                                   \
+        RUK_LOAD(in->state2, y);                                                                             \
         APPLY;                                                                                               \
         *sp++ = x;                                                                                           \
         RUK_NEXT;                                                                                            \
@@ -1318,7 +1318,7 @@ void RukParserPrivate::runNumeric(void *context)
 #undef RUK_NUMBER_DIVIDE
 #undef RUK_NUMBER_COMPARE
     l_RukLoadVarF:
-        RUK_LOAD(in->var, in->state, *sp);
+        RUK_LOAD(in->state, *sp);
         ++sp;
         RUK_NEXT;
     l_RukPushConst: // fuseNumeric put the constant in imm
@@ -1332,21 +1332,21 @@ void RukParserPrivate::runNumeric(void *context)
         RUK_NEXT;
     l_RukSqrtF:
         if (in->b) {
-            m_result.setFloat(unaryTail(RukFnSqrt, sp[-1]));
+            self->m_result.setFloat(unaryTail(RukFnSqrt, sp[-1]));
             return;
         }
         sp[-1] = unaryTail(RukFnSqrt, sp[-1]);
         RUK_NEXT;
     l_RukAndJump:
         if (sp[-1] == 0.0) {
-            in = in->target;
+            in = in->link.target;
             goto * in->label;
         }
         --sp;
         RUK_NEXT;
     l_RukOrJump:
         if (sp[-1] != 0.0) {
-            in = in->target;
+            in = in->link.target;
             goto * in->label;
         }
         --sp;
@@ -1354,7 +1354,7 @@ void RukParserPrivate::runNumeric(void *context)
     l_RukJumpIfFalse:
         --sp;
         if (*sp == 0.0) {
-            in = in->target;
+            in = in->link.target;
             goto * in->label;
         }
         RUK_NEXT;
@@ -1362,10 +1362,10 @@ void RukParserPrivate::runNumeric(void *context)
     l_##BASE##VIJ:                                                                                           \
     {                                                                                                        \
         double x;                                                                                            \
-        RUK_LOAD(in->var, in->state, x);                                                                     \
+        RUK_LOAD(in->state, x);                                                                              \
         const int c = compareReal(x, in->imm);                                                               \
         if (!(RESULT)) {                                                                                     \
-            in = in->target;                                                                                 \
+            in = in->link.target;                                                                            \
             goto * in->label;                                                                                \
         }                                                                                                    \
         RUK_NEXT;                                                                                            \
@@ -1373,12 +1373,12 @@ void RukParserPrivate::runNumeric(void *context)
     l_##BASE##VVJ:                                                                                           \
     {                                                                                                        \
         double x;                                                                                            \
-        RUK_LOAD(in->var, in->state, x);                                                                     \
+        RUK_LOAD(in->state, x);                                                                              \
         double y;                                                                                            \
-        RUK_LOAD(in->var2, in->state2, y);                                                                   \
+        RUK_LOAD(in->state2, y);                                                                             \
         const int c = compareReal(x, y);                                                                     \
         if (!(RESULT)) {                                                                                     \
-            in = in->target;                                                                                 \
+            in = in->link.target;                                                                            \
             goto * in->label;                                                                                \
         }                                                                                                    \
         RUK_NEXT;                                                                                            \
@@ -1398,29 +1398,19 @@ void RukParserPrivate::runNumeric(void *context)
     if (Q_UNLIKELY(y == 0.0))                                                                                \
         throwDivisionByZero();                                                                               \
     x /= y
-// The top of the stack takes the inner result x; then the tail the instruction carries, if any.
+// The top of the stack takes the inner result x; then on to the instruction's tail, with `in` at
+// the instruction after it.
 #define RUK_ACCUMULATE_INTO_TOP(OUTER_OP2)                                                                   \
-    double top = sp[-1] OUTER_OP2 x;                                                                         \
+    const double top = sp[-1] OUTER_OP2 x;                                                                   \
     if (Q_UNLIKELY(!std::isfinite(top)))                                                                     \
         throwOverflow();                                                                                     \
-    if (in->b) {                                                                                             \
-        if (in->b & RukTailUnary)                                                                            \
-            top = unaryTail(in->a, top);                                                                     \
-        if (in->b & RukTailHalt) {                                                                           \
-            m_result.setFloat(top);                                                                          \
-            return;                                                                                          \
-        }                                                                                                    \
-        sp[-1] = top;                                                                                        \
-        in += 2;                                                                                             \
-        goto * in->label;                                                                                    \
-    }                                                                                                        \
     sp[-1] = top;                                                                                            \
-    RUK_NEXT
+    goto *(in++)->link.tail
 #define RUK_ACCUMULATE_CASES(OUTER, OUTER_OP2, INNER, INNER_APPLY)                                           \
     l_##OUTER##INNER##VI:                                                                                    \
     {                                                                                                        \
         double x;                                                                                            \
-        RUK_LOAD(in->var, in->state, x);                                                                     \
+        RUK_LOAD(in->state, x);                                                                              \
         const double y = in->imm;                                                                            \
         INNER_APPLY;                                                                                         \
         RUK_ACCUMULATE_INTO_TOP(OUTER_OP2);                                                                  \
@@ -1428,9 +1418,9 @@ void RukParserPrivate::runNumeric(void *context)
     l_##OUTER##INNER##VV:                                                                                    \
     {                                                                                                        \
         double x;                                                                                            \
-        RUK_LOAD(in->var, in->state, x);                                                                     \
+        RUK_LOAD(in->state, x);                                                                              \
         double y;                                                                                            \
-        RUK_LOAD(in->var2, in->state2, y);                                                                   \
+        RUK_LOAD(in->state2, y);                                                                             \
         INNER_APPLY;                                                                                         \
         RUK_ACCUMULATE_INTO_TOP(OUTER_OP2);                                                                  \
     }
@@ -1447,8 +1437,18 @@ void RukParserPrivate::runNumeric(void *context)
 #undef RUK_ACCUMULATE_INTO_TOP
 #undef RUK_INNER_ARITH
 #undef RUK_INNER_DIVIDE
+    // The ends an accumulation goes on to, with its result, known finite, on the top of the stack
+    // and `in` at the one-argument operation that follows it.
+    l_TailSqrtHalt:
+        if (Q_UNLIKELY(sp[-1] < 0.0))
+            throwOverflow();
+        self->m_result.setFloat(std::sqrt(sp[-1]));
+        return;
+    l_TailUnaryHalt:
+        self->m_result.setFloat(unaryTail(in->code == RukNegF ? -1 : in->a, sp[-1]));
+        return;
     l_RukJump:
-        in = in->target;
+        in = in->link.target;
         goto * in->label;
     l_RukToBool: // already a boolean
         RUK_NEXT;
@@ -1456,14 +1456,14 @@ void RukParserPrivate::runNumeric(void *context)
     l_RukNeSV : {
         // The variable is compared where the callback left it: no copy of the text.
         in->state->value.m_type = RukData::Unknown;
-        impl->queryVarValue(*in->var, context);
+        impl->queryVarValue(in->state->handle, context);
         const RukVarState &var = *in->state;
         const RukData &value = Q_LIKELY(var.value.m_type == RukData::String && !var.invalid)
             ? var.value
-            : loadInPlaceSlow(in->a, in->node);
+            : self->loadInPlaceSlow(in->a, in->node);
         const bool holds = sameText(value.m_s, *in->text) == (in->code == RukEqSV);
         if (in->b) {
-            m_result.setBoolean(holds);
+            self->m_result.setBoolean(holds);
             return;
         }
         *sp++ = holds ? 1.0 : 0.0;
@@ -1472,21 +1472,27 @@ void RukParserPrivate::runNumeric(void *context)
 #undef RUK_NEXT
 #undef RUK_LOAD
     l_RukHaltB:
-        m_result.setBoolean(sp[-1] != 0.0);
+        self->m_result.setBoolean(sp[-1] != 0.0);
         return;
     l_RukHaltF:
-        m_result.setFloat(sp[-1]);
+        self->m_result.setFloat(sp[-1]);
         return;
     l_RukHalt:
-        if (m_numericResult == RukData::Boolean)
-            m_result.setBoolean(sp[-1] != 0.0);
+        if (self->m_numericResult == RukData::Boolean)
+            self->m_result.setBoolean(sp[-1] != 0.0);
         else
-            m_result.setFloat(sp[-1]);
+            self->m_result.setFloat(sp[-1]);
     } catch (...) {
-        resetVarFlags();
-        m_result.clear();
+        self->abandonEvaluation();
         throw;
     }
+}
+
+// Out of line, so that the evaluator keeps no registers ready for its temporaries.
+void RukParserPrivate::abandonEvaluation()
+{
+    resetVarFlags();
+    m_result.clear();
 }
 
 // Rewrites the plain-double program: a variable loaded just before an operation on the
@@ -1522,12 +1528,9 @@ void RukParserPrivate::fuseNumeric(std::vector<RukInstr> &program)
                 const int withVar = offset % 3 == 2 ? 1 : 0;
                 // Keeps the load's node: a failure names the first variable.
                 RukInstr fused = { RukAddVI + 2 * op + withVar, 0, 0, in.node, { withVar ? 0.0 : next.imm } };
-                fused.var = &m_varHandles[size_t(in.a)];
                 fused.state = &m_vars[size_t(in.a)];
-                if (withVar) {
-                    fused.var2 = &m_varHandles[size_t(next.a)];
+                if (withVar)
                     fused.state2 = &m_vars[size_t(next.a)];
-                }
                 moved[++i] = int(out.size());
                 if (op >= 4 && i + 1 < count && !target[i + 1] && program[i + 1].code == RukJumpIfFalse) {
                     fused.code = RukEqVIJ + 2 * (op - 4) + withVar;
@@ -1548,7 +1551,6 @@ void RukParserPrivate::fuseNumeric(std::vector<RukInstr> &program)
             in.imm = m_consts[size_t(in.a)].m_v.f;
         } else if (in.code == RukLoadVarF || in.code == RukEqSV || in.code == RukNeSV
             || (in.code >= RukAddF && in.code <= RukGeFV && (in.code - RukAddF) % 3 == 2)) {
-            in.var = &m_varHandles[size_t(in.a)];
             in.state = &m_vars[size_t(in.a)];
             if (in.code == RukEqSV || in.code == RukNeSV) {
                 in.text = &m_consts[size_t(in.b)].m_s;
@@ -1569,29 +1571,25 @@ void RukParserPrivate::fuseNumeric(std::vector<RukInstr> &program)
         if (in.code == RukJump && out[size_t(in.a)].code == halt)
             in = out[size_t(in.a)];
     }
-    // An accumulation takes on the one-argument operation that follows it (its function in a),
-    // which stays in place for jumps that land on it; an accumulation, a square root or a text
-    // comparison just before the end of the program ends it itself.
+    // A square root or a text comparison just before the end of the program ends it itself, and
+    // so does an accumulation followed by a one-argument operation and the end (both stay in
+    // place, for jumps that land on them). An accumulation just before the end needs no mark: it
+    // goes on to the end's label.
     for (size_t i = 0; i + 1 < out.size(); ++i) {
         RukInstr &in = out[i];
-        const bool accumulates = in.code >= RukAddAddVI && in.code <= RukMulDivVV;
-        size_t next = i + 1;
-        if (accumulates) {
-            const RukInstr &unary = out[next];
-            if (unary.code == RukNegF || unary.code == RukSqrtF || unary.code == RukMathF) {
-                in.b = RukTailUnary;
-                in.a = unary.code == RukNegF ? -1 : unary.code == RukSqrtF ? int(RukFnSqrt) : unary.a;
-                ++next;
-            }
+        const int next = out[i + 1].code;
+        if (in.code >= RukAddAddVI && in.code <= RukMulDivVV) {
+            if ((next == RukNegF || next == RukSqrtF || next == RukMathF) && i + 2 < out.size()
+                && out[i + 2].code == RukHaltF)
+                in.b = RukEndsProgram;
+        } else if ((in.code == RukSqrtF && next == RukHaltF)
+            || ((in.code == RukEqSV || in.code == RukNeSV) && next == RukHaltB)) {
+            in.b = RukEndsProgram;
         }
-        if ((accumulates || in.code == RukSqrtF) && next < out.size() && out[next].code == RukHaltF)
-            in.b |= RukTailHalt;
-        if ((in.code == RukEqSV || in.code == RukNeSV) && out[next].code == RukHaltB)
-            in.b = RukTailHalt;
     }
     for (RukInstr &in : out) {
         if (isJump(in.code))
-            in.target = out.data() + in.a;
+            in.link.target = out.data() + in.a;
     }
     program.swap(out); // the buffer moves with its targets
     m_numericThreaded = false;

@@ -2,6 +2,10 @@
 
 #include "rukparser_p.h"
 
+#include <type_traits>
+
+static_assert(std::is_standard_layout<RukVarState>::value, "a variable handle shares its state's address");
+
 int RukNode::nodeType() const
 {
     return d->type;
@@ -20,8 +24,8 @@ int RukNode::position() const
 void RukVarNode::setAsVariant(const QVariant &value)
 {
     if (!value.isValid() || value.isNull()) {
-        s->invalid = true;
+        state().invalid = true;
         return;
     }
-    s->value.setVariant(value);
+    state().value.setVariant(value);
 }

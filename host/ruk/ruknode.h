@@ -8,17 +8,7 @@
 #include <QVariant>
 
 struct RukNodeData;
-
-// State of one variable node while the engine asks for its type and value. Reached only
-// through RukVarNode; public so that the setters stay inline on the evaluation path.
-struct RukVarState
-{
-    QString code;
-    RukData value; // type 0 while no value has been given
-    int dataType = 0;
-    bool invalid = false;
-    qintptr tag = 0;
-};
+struct RukVarState;
 
 // A node of a parsed expression, as handed to the visit and translate callbacks. A handle: valid
 // only during the callback that received it. Node types: 1 variable, 2 constant, 3 unary
@@ -52,38 +42,106 @@ protected:
     friend class RukParserPrivate;
 };
 
-// A variable node as handed to the type and value callbacks.
+// A variable node as handed to the type and value callbacks, by reference only. It is the first
+// member of its variable's state, so that the accessors reach the value, type and tag with no
+// hop through a pointer: the value callback runs once per variable read.
 class TOVHOST_EXPORT RukVarNode : public RukNode
 {
 public:
     // The variable's code: the name without the brackets ("[宽度]" → "宽度"); "@n" keeps its "@".
-    const QString &varCode() const { return s->code; }
+    inline const QString &varCode() const;
     // The type announced by the type callback (0 until one is announced).
-    int dataType() const { return s->dataType; }
+    inline int dataType() const;
 
-    void setAsFloat(double value) { s->value.setFloat(value); }
-    void setAsInteger(long value) { s->value.setInteger(value); }
-    void setAsInt64(qint64 value) { s->value.setInt64(value); }
-    void setAsString(const QString &value) { s->value.setString(value); }
-    void setAsBoolean(bool value) { s->value.setBoolean(value); }
+    inline void setAsFloat(double value);
+    inline void setAsInteger(long value);
+    inline void setAsInt64(qint64 value);
+    inline void setAsString(const QString &value);
+    inline void setAsBoolean(bool value);
     // A null or invalid variant marks the node invalid.
     void setAsVariant(const QVariant &value);
-    void setAsData(const RukData &value) { s->value = value; }
+    inline void setAsData(const RukData &value);
     // An invalid node fails the evaluation with "变量[%1]的值无效".
-    void setIsInvalid(bool invalid) { s->invalid = invalid; }
-    bool isInvalid() const { return s->invalid; }
+    inline void setIsInvalid(bool invalid);
+    inline bool isInvalid() const;
 
     // A caller's tag kept with the node from setExpression on, e.g. the slot that holds its value
     // so that the value callback needs no lookup by name. 0 until set.
-    void setTag(qintptr tag) { s->tag = tag; }
-    qintptr tag() const { return s->tag; }
+    inline void setTag(qintptr tag);
+    inline qintptr tag() const;
 
 private:
-    RukVarNode(RukNodeData *data, RukVarState *state)
-        : RukNode(data)
-        , s(state)
+    RukVarNode()
+        : RukNode(nullptr)
     { }
-    RukVarState *s;
+    RukVarNode(const RukVarNode &) = default;
+    RukVarNode &operator=(const RukVarNode &) = default;
+    // The state this handle opens: the two share an address (see RukVarState).
+    RukVarState &state() { return *reinterpret_cast<RukVarState *>(this); }
+    const RukVarState &state() const { return *reinterpret_cast<const RukVarState *>(this); }
 
+    friend struct RukVarState;
     friend class RukParserPrivate;
 };
+
+// State of one variable node while the engine asks for its type and value. Reached only
+// through its handle; public so that the handle's accessors stay inline on the evaluation path.
+// Standard layout, with the handle first, so that the handle's address is the state's.
+struct RukVarState
+{
+    RukVarNode handle;
+    QString code;
+    RukData value; // type 0 while no value has been given
+    int dataType = 0;
+    bool invalid = false;
+    qintptr tag = 0;
+};
+
+const QString &RukVarNode::varCode() const
+{
+    return state().code;
+}
+int RukVarNode::dataType() const
+{
+    return state().dataType;
+}
+void RukVarNode::setAsFloat(double value)
+{
+    state().value.setFloat(value);
+}
+void RukVarNode::setAsInteger(long value)
+{
+    state().value.setInteger(value);
+}
+void RukVarNode::setAsInt64(qint64 value)
+{
+    state().value.setInt64(value);
+}
+void RukVarNode::setAsString(const QString &value)
+{
+    state().value.setString(value);
+}
+void RukVarNode::setAsBoolean(bool value)
+{
+    state().value.setBoolean(value);
+}
+void RukVarNode::setAsData(const RukData &value)
+{
+    state().value = value;
+}
+void RukVarNode::setIsInvalid(bool invalid)
+{
+    state().invalid = invalid;
+}
+bool RukVarNode::isInvalid() const
+{
+    return state().invalid;
+}
+void RukVarNode::setTag(qintptr tag)
+{
+    state().tag = tag;
+}
+qintptr RukVarNode::tag() const
+{
+    return state().tag;
+}

@@ -709,14 +709,13 @@ void RukParserPrivate::clearExpression()
     m_nodes.clear();
     m_kids.clear();
     m_vars.clear();
-    m_varHandles.clear();
     m_varNodes.clear();
     m_consts.clear();
     m_functions.clear();
     m_program.clear();
     m_genericProgram.clear();
     m_programReady = false;
-    m_numericReady = false;
+    setNumericReady(false);
     m_genericReady = false;
     m_tokenOrder.clear();
 }
@@ -734,6 +733,7 @@ void RukParserPrivate::setExpression(const QString &text, IRukQueryVarDataTypeEv
         for (size_t i = 0; i < m_varNodes.size(); ++i) {
             RukNodeData &node = m_nodes[size_t(m_varNodes[i])];
             RukVarState &var = m_vars[size_t(node.slot)];
+            var.handle.d = &node;
             if (constEvent) {
                 RukData value;
                 if (constEvent->onQueryConstValue(var.code, value, context)
@@ -749,17 +749,12 @@ void RukParserPrivate::setExpression(const QString &text, IRukQueryVarDataTypeEv
                 if (const RukData *bound = nodeMap.find(var.code))
                     dataType = bound->dataType();
             }
-            if (typeEvent) {
-                RukVarNode handle(&node, &var);
-                typeEvent->onQueryVarDataType(handle, dataType, context);
-            }
+            if (typeEvent)
+                typeEvent->onQueryVarDataType(var.handle, dataType, context);
             var.dataType = dataType;
         }
-        m_varHandles.reserve(m_vars.size());
-        for (size_t i = 0; i < m_vars.size(); ++i) {
-            m_vars[i].invalid = false;
-            m_varHandles.push_back(RukVarNode(&m_nodes[size_t(m_varNodes[i])], &m_vars[i]));
-        }
+        for (RukVarState &var : m_vars)
+            var.invalid = false;
     } catch (...) {
         clearExpression();
         throw;

@@ -14,6 +14,7 @@ RukParser &RukParser::operator=(const RukParser &other) = default;
 RukParser::RukParser(std::shared_ptr<RukParserPrivate> data)
     : d(std::move(data))
     , m_result(d ? &d->m_result : nullptr)
+    , m_entry(d ? &d->m_entry : nullptr)
 { }
 
 void RukParser::throwNull()
@@ -102,8 +103,7 @@ void RukParserPrivate::visitNode(int order, IRukVisitNodeEvent *visitEvent, void
     auto visit = [&](int id) {
         RukNodeData &node = m_nodes[size_t(id)];
         if (node.type == RukNode::Variable) {
-            RukVarNode handle(&node, &m_vars[size_t(node.slot)]);
-            visitEvent->onVisitNode(handle, context);
+            visitEvent->onVisitNode(m_vars[size_t(node.slot)].handle, context);
         } else {
             RukNode handle(&node);
             visitEvent->onVisitNode(handle, context);
@@ -156,8 +156,7 @@ QString RukParserPrivate::expression(IRukTransTokenEvent *transEvent, void *cont
         out.append(m_text.constData() + done, node.start - done);
         QString token = tokenText(node);
         if (node.type == RukNode::Variable) {
-            RukVarNode handle(&node, &m_vars[size_t(node.slot)]);
-            transEvent->onTransToken(handle, token, context);
+            transEvent->onTransToken(m_vars[size_t(node.slot)].handle, token, context);
         } else {
             RukNode handle(&node);
             transEvent->onTransToken(handle, token, context);

@@ -46,8 +46,15 @@ public:
     // Evaluates the expression set last; for each variable reached, the type callback (when
     // given) and then the value callback. Only the chosen branch of if/iif and the needed
     // operand of and/or are evaluated.
+    // Inline, so that an evaluate-many loop makes one indirect call into the compiled program.
     void evaluate(
-        const RukQueryVarDataTypeEvent &typeEvent = RukQueryVarDataTypeEvent(), void *context = nullptr);
+        const RukQueryVarDataTypeEvent &typeEvent = RukQueryVarDataTypeEvent(), void *context = nullptr)
+    {
+        if (Q_LIKELY(m_entry && !typeEvent.callback()))
+            (*m_entry)(d.get(), context);
+        else
+            evaluateTyped(typeEvent, context);
+    }
     void evaluate(const RukQueryVarDataTypeEvent &typeEvent, void *context, const RukNodeMapInfos &nodeMap);
     // The result of the last evaluation; invalid after a failed one. Inline: evaluate-many
     // loops read it once per evaluation.
@@ -64,10 +71,16 @@ public:
     QString expression(const RukTransTokenEvent &transEvent = RukTransTokenEvent(), void *context = nullptr);
 
 private:
+    using Entry = void (*)(RukParserPrivate *p, void *context);
+
     explicit RukParser(std::shared_ptr<RukParserPrivate> data);
     [[noreturn]] static void throwNull();
+    void evaluateTyped(const RukQueryVarDataTypeEvent &typeEvent, void *context);
     std::shared_ptr<RukParserPrivate> d;
-    const RukData *m_result = nullptr; // d's result, which lives as long as d
+    // Both live in d, as long as d: its result, and where evaluate without a type callback goes.
+    const RukData *m_result = nullptr;
+    const Entry *m_entry = nullptr;
 
     friend class RukEngine;
+    friend class RukParserPrivate;
 };

@@ -4,6 +4,7 @@
 #include <rukevents.h>
 #include <ruknode.h>
 #include <ruknodemapinfos.h>
+#include <rukparser.h>
 
 #include <QCoreApplication>
 #include <QString>
@@ -150,13 +151,9 @@ enum RukCode : int
     RukCodeCount
 };
 
-// What a fused accumulation does after its operation (its b): apply the one-argument operation
-// that follows it and skip that, then end the program with the result.
-enum RukTail : int
-{
-    RukTailUnary = 1,
-    RukTailHalt = 2
-};
+// An instruction of the plain-double program marked so in its b ends the program with its result
+// (an accumulation: after the one-argument operation that follows it).
+constexpr int RukEndsProgram = 1;
 
 // Built-in functions; ids from RukFnCustom on are functions from a function callback.
 enum RukFunctionId : int
@@ -220,16 +217,17 @@ struct RukInstr
     int node;
     union {
         double imm;
-        RukVarNode *var2; // the plain-double program's second variable
         const QString *text; // the plain-double program's text constant (RukEqSV, RukNeSV)
     };
-    // The plain-double program's own: its variables' handles and states (the state once more,
-    // so that a load needs no hop through the handle), and the label of its code.
-    RukVarNode *var = nullptr;
+    // The plain-double program's own: its variables' states (each the address of its handle too)
+    // and the label of its code.
     RukVarState *state = nullptr;
     RukVarState *state2 = nullptr;
     const void *label = nullptr;
-    const RukInstr *target = nullptr; // a jump's destination, a
+    union Link {
+        const RukInstr *target; // a jump's destination
+        const void *tail; // the label an accumulation goes on to
+    } link = {};
 };
 
 // A number read from a text or a value: integer or floating-point.
@@ -269,12 +267,12 @@ public:
         IRukQueryConstValueEvent *constEvent, void *context, const RukNodeMapInfos &nodeMap,
         IRukQueryFunctionEvent *functionEvent);
     void evaluate(IRukQueryVarDataTypeEvent *typeEvent, void *context, const RukNodeMapInfos *nodeMap);
-    void runNumeric(void *context);
+    // Runs the plain-double program; static, so that it can be the handle's entry itself.
+    static void runNumeric(RukParserPrivate *self, void *context);
     void visitNode(int order, IRukVisitNodeEvent *visitEvent, void *context);
     QString expression(IRukTransTokenEvent *transEvent, void *context);
 
     QString tokenText(const RukNodeData &node) const { return m_text.mid(node.start, node.len); }
-    static RukVarNode varHandle(RukNodeData *node, RukVarState *state) { return RukVarNode(node, state); }
     static RukNode nodeHandle(RukNodeData *node) { return RukNode(node); }
 
     [[noreturn]] void throwParseError(int position, const QString &detail) const;
@@ -288,7 +286,6 @@ public:
     std::vector<int> m_kids;
     int m_root = -1;
     std::vector<RukVarState> m_vars;
-    std::vector<RukVarNode> m_varHandles; // one per variable, handed to the callbacks
     std::vector<int> m_varNodes;
     std::vector<RukData> m_consts;
     std::vector<RukFunction> m_functions;
@@ -309,8 +306,11 @@ public:
     RukQueryVarValueImpl *m_valueImpl;
     std::unique_ptr<RukQueryVarValueImpl> m_forward;
     void setValueEvent(IRukQueryVarValueEvent *event);
-    // The plain-double program is compiled and may run straight from RukParser::evaluate.
-    bool m_numericReady = false;
+    // Where the handle's inline evaluate goes when there is no type callback: the plain-double
+    // program once it is compiled, the general path until then.
+    RukParser::Entry m_entry = &RukParserPrivate::enterGeneral;
+    static void enterGeneral(RukParserPrivate *p, void *context);
+    void setNumericReady(bool ready) { m_entry = ready ? &runNumeric : &enterGeneral; }
     bool m_numericThreaded = false; // the labels of m_program are filled in
     RukData m_result;
     bool m_ready = false;
@@ -325,11 +325,12 @@ private:
     double loadFloat(int var, void *context);
     void fuseNumeric(std::vector<RukInstr> &program);
     double loadFloatSlow(int var);
-    Q_DECL_COLD_FUNCTION Q_NEVER_INLINE double loadFloatSlow(const RukVarNode *handle);
+    Q_DECL_COLD_FUNCTION Q_NEVER_INLINE double loadFloatSlow(const RukVarState *var);
     const RukData &loadInPlace(int var, int node, void *context);
     Q_DECL_COLD_FUNCTION Q_NEVER_INLINE const RukData &loadInPlaceSlow(int var, int node);
     void varSlow(const RukInstr &in, RukData &dst);
     void resetVarFlags();
+    Q_DECL_COLD_FUNCTION Q_NEVER_INLINE void abandonEvaluation();
     void convertVar(const RukInstr &in, RukData &dst);
     void mathF(const RukInstr &in, RukData &x) const;
     static double mathValue(int function, double value);
