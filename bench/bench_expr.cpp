@@ -127,7 +127,7 @@ protected:
     }
     void queryVarValue(RukVarNode &node, void *) override
     {
-        if (node.dataType() == RukData::Float)
+        if (Q_LIKELY(node.dataType() == RukData::Float)) // all but E7's
             node.setAsFloat(*reinterpret_cast<const double *>(node.tag()));
         else
             node.setAsString(*reinterpret_cast<const QString *>(node.tag()));
