@@ -1217,7 +1217,7 @@ void RukParserPrivate::runNumeric(RukParserPrivate *self, void *context)
         for (size_t i = 0; i < program.size(); ++i) {
             RukInstr &instr = program[i];
             instr.label = labels[instr.code];
-            if (instr.code < RukAddAddVI || instr.code > RukMulDivVV)
+            if (!isRukAccumulation(instr.code))
                 continue;
             const int next = program[i + 1].code; // an accumulation is never last
             if (!instr.b)
@@ -1578,7 +1578,7 @@ void RukParserPrivate::fuseNumeric(std::vector<RukInstr> &program)
     for (size_t i = 0; i + 1 < out.size(); ++i) {
         RukInstr &in = out[i];
         const int next = out[i + 1].code;
-        if (in.code >= RukAddAddVI && in.code <= RukMulDivVV) {
+        if (isRukAccumulation(in.code)) {
             if ((next == RukNegF || next == RukSqrtF || next == RukMathF) && i + 2 < out.size()
                 && out[i + 2].code == RukHaltF)
                 in.b = RukEndsProgram;

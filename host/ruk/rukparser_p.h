@@ -155,6 +155,12 @@ enum RukCode : int
 // (an accumulation: after the one-argument operation that follows it).
 constexpr int RukEndsProgram = 1;
 
+// An operation on variables whose result goes into the top of the stack (RukAddAddVI..RukMulDivVV).
+inline bool isRukAccumulation(int code)
+{
+    return code >= RukAddAddVI && code <= RukMulDivVV;
+}
+
 // Built-in functions; ids from RukFnCustom on are functions from a function callback.
 enum RukFunctionId : int
 {
@@ -273,7 +279,6 @@ public:
     QString expression(IRukTransTokenEvent *transEvent, void *context);
 
     QString tokenText(const RukNodeData &node) const { return m_text.mid(node.start, node.len); }
-    static RukNode nodeHandle(RukNodeData *node) { return RukNode(node); }
 
     [[noreturn]] void throwParseError(int position, const QString &detail) const;
     [[noreturn]] static void throwError(const QString &message);

@@ -436,6 +436,8 @@ void TestRukEngine::floatPrograms_data()
     row("accumulation then a function", "abs(x - 宽度*2)", "11:3.5", "x,宽度");
     row("accumulation then a root, then more", "sqrt(x + 宽度*2) + 1", "11:3.9154759474226504", "x,宽度");
     row("accumulation then the root of a negative", "sqrt(x - 宽度*2) + 宽度", "计算结果溢出", "x,宽度");
+    row("accumulation then the root of a negative ends the program", "sqrt(x - 宽度*2)", "计算结果溢出",
+        "x,宽度");
     row("text comparison ends the program", "s = \"abc\"", "13:true", "s");
     row("text comparison before a jump", "s != \"abc\" or x > 2", "13:true", "s,x");
     row("text comparison after a jump", "x > 2 and s = \"abd\"", "13:false", "x,s");
