@@ -369,9 +369,9 @@ inline double RukParserPrivate::loadFloat(int index, void *context)
     return var.value.m_v.f;
 }
 
-double RukParserPrivate::loadFloatSlow(const RukVarState *var)
+void RukParserPrivate::settleFloatSlow(RukVarState *var)
 {
-    return loadFloatSlow(int(var - m_vars.data()));
+    var->value.setFloat(loadFloatSlow(int(var - m_vars.data())));
 }
 
 double RukParserPrivate::loadFloatSlow(int index)
@@ -1235,17 +1235,30 @@ void RukParserPrivate::runNumeric(RukParserPrivate *self, void *context)
 #define RUK_NEXT                                                                                             \
     ++in;                                                                                                    \
     goto * in->label
-// The value of the variable of STATE into OUT: the value callback, one check, the number.
-#define RUK_LOAD(STATE, OUT)                                                                                 \
+// Asks for the value of the variable of STATE and checks it; a value that is not a plain number
+// is converted, or fails the evaluation, out of line. The number is then in the state's slot.
+#define RUK_ASK(STATE)                                                                                       \
     do {                                                                                                     \
         RukVarState *state_ = (STATE);                                                                       \
         state_->value.m_type = RukData::Unknown;                                                             \
         impl->queryVarValue(state_->handle, context);                                                        \
         state_ = (STATE);                                                                                    \
         if (Q_UNLIKELY(state_->value.m_type != RukData::Float || state_->invalid))                           \
-            OUT = self->loadFloatSlow(state_);                                                               \
-        else                                                                                                 \
-            OUT = state_->value.m_v.f;                                                                       \
+            self->settleFloatSlow(state_);                                                                   \
+    } while (false)
+#define RUK_LOAD(STATE, OUT)                                                                                 \
+    do {                                                                                                     \
+        RUK_ASK(STATE);                                                                                      \
+        OUT = (STATE)->value.m_v.f;                                                                          \
+    } while (false)
+// Both variables are asked and checked in order before either number is read, so that no number
+// is held across the second call.
+#define RUK_LOAD2(STATE1, STATE2, X, Y)                                                                      \
+    do {                                                                                                     \
+        RUK_ASK(STATE1);                                                                                     \
+        RUK_ASK(STATE2);                                                                                     \
+        X = (STATE1)->value.m_v.f;                                                                           \
+        Y = (STATE2)->value.m_v.f;                                                                           \
     } while (false)
 #define RUK_NUMBER_CASES(CODE, BASE, APPLY)                                                                  \
     l_##CODE:                                                                                                \
@@ -1282,10 +1295,8 @@ void RukParserPrivate::runNumeric(RukParserPrivate *self, void *context)
     }                                                                                                        \
     l_##BASE##VV:                                                                                            \
     {                                                                                                        \
-        double x;                                                                                            \
-        RUK_LOAD(in->state, x);                                                                              \
-        double y;                                                                                            \
-        RUK_LOAD(in->state2, y);                                                                             \
+        double x, y;                                                                                         \
+        RUK_LOAD2(in->state, in->state2, x, y);                                                              \
         APPLY;                                                                                               \
         *sp++ = x;                                                                                           \
         RUK_NEXT;                                                                                            \
@@ -1372,10 +1383,8 @@ void RukParserPrivate::runNumeric(RukParserPrivate *self, void *context)
     }                                                                                                        \
     l_##BASE##VVJ:                                                                                           \
     {                                                                                                        \
-        double x;                                                                                            \
-        RUK_LOAD(in->state, x);                                                                              \
-        double y;                                                                                            \
-        RUK_LOAD(in->state2, y);                                                                             \
+        double x, y;                                                                                         \
+        RUK_LOAD2(in->state, in->state2, x, y);                                                              \
         const int c = compareReal(x, y);                                                                     \
         if (!(RESULT)) {                                                                                     \
             in = in->link.target;                                                                            \
@@ -1417,10 +1426,8 @@ void RukParserPrivate::runNumeric(RukParserPrivate *self, void *context)
     }                                                                                                        \
     l_##OUTER##INNER##VV:                                                                                    \
     {                                                                                                        \
-        double x;                                                                                            \
-        RUK_LOAD(in->state, x);                                                                              \
-        double y;                                                                                            \
-        RUK_LOAD(in->state2, y);                                                                             \
+        double x, y;                                                                                         \
+        RUK_LOAD2(in->state, in->state2, x, y);                                                              \
         INNER_APPLY;                                                                                         \
         RUK_ACCUMULATE_INTO_TOP(OUTER_OP2);                                                                  \
     }
@@ -1471,6 +1478,8 @@ void RukParserPrivate::runNumeric(RukParserPrivate *self, void *context)
     }
 #undef RUK_NEXT
 #undef RUK_LOAD
+#undef RUK_LOAD2
+#undef RUK_ASK
     l_RukHaltB:
         self->m_result.setBoolean(sp[-1] != 0.0);
         return;

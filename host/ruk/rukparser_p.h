@@ -330,7 +330,8 @@ private:
     double loadFloat(int var, void *context);
     void fuseNumeric(std::vector<RukInstr> &program);
     double loadFloatSlow(int var);
-    Q_DECL_COLD_FUNCTION Q_NEVER_INLINE double loadFloatSlow(const RukVarState *var);
+    // Leaves the checked, converted number in the variable's own slot.
+    Q_DECL_COLD_FUNCTION Q_NEVER_INLINE void settleFloatSlow(RukVarState *var);
     const RukData &loadInPlace(int var, int node, void *context);
     Q_DECL_COLD_FUNCTION Q_NEVER_INLINE const RukData &loadInPlaceSlow(int var, int node);
     void varSlow(const RukInstr &in, RukData &dst);

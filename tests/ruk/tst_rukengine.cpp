@@ -425,6 +425,10 @@ void TestRukEngine::floatPrograms_data()
     row("invalid variable against an immediate", "bad > 1", "变量[bad]的值无效", "bad");
     row("division of variables by zero", "x / z", "除数为零", "x,z");
     row("integer value converted in a fused load", "i + x", "11:9.5", "i,x");
+    row("second of a pair converted", "x + i", "11:9.5", "x,i");
+    row("both of a pair converted", "i * i - x", "11:46.5", "i,i,x");
+    row("pair converted inside an accumulation", "x + i*i", "11:51.5", "x,i,i");
+    row("second of a pair in an accumulation without a value", "x + 宽度*m", "变量[m]没有值", "x,宽度,m");
     // An operation on variables whose result goes straight into the top of the stack.
     row("accumulation ends the program", "x + 宽度*2", "11:8.5", "x,宽度");
     row("accumulation in the middle", "x - 宽度/2 + 1", "11:2", "x,宽度");
