@@ -371,7 +371,8 @@ inline double RukParserPrivate::loadFloat(int index, void *context)
 
 void RukParserPrivate::settleFloatSlow(RukVarState *var)
 {
-    var->value.setFloat(loadFloatSlow(int(var - m_vars.data())));
+    const int index = int(var - m_vars.data());
+    loadInPlaceSlow(index, m_varNodes[size_t(index)]);
 }
 
 double RukParserPrivate::loadFloatSlow(int index)
